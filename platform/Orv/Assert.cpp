@@ -1,0 +1,16 @@
+#include "Orv/Assert.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace Orv {
+
+void assertionFailed(const char *text, const char *file, int line,
+                     const char *function) noexcept {
+  std::fprintf(stderr, "Assertion failed: %s (%s:%d, %s)\n", text, file, line,
+               function);
+  std::fflush(stderr);
+  std::abort();
+}
+
+} // namespace Orv
