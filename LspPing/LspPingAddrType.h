@@ -20,6 +20,15 @@ inline constexpr Orv::EnumEntry lspPingAddrTypeNames[] = {
     {"ipv6Unnumbered", 4},
 };
 
+} // namespace LspPing
+
+template <>
+struct Orv::EnumTraits<LspPing::LspPingAddrType> {
+  static constexpr EnumType type{"LspPing::LspPingAddrType", LspPing::lspPingAddrTypeNames};
+};
+
+namespace LspPing {
+
 inline LspPingAddrType LspPingAddrTypeInstance(U32 value) {
   return Orv::enumInstance<LspPingAddrType>(value);
 }
@@ -28,8 +37,3 @@ inline LspPingAddrType LspPingAddrTypeInstance(std::string_view name) {
 }
 
 } // namespace LspPing
-
-template <>
-struct Orv::EnumTraits<LspPing::LspPingAddrType> {
-  static constexpr EnumType type{"LspPing::LspPingAddrType", LspPing::lspPingAddrTypeNames};
-};

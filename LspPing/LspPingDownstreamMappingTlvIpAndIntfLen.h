@@ -18,6 +18,15 @@ inline constexpr Orv::EnumEntry lspPingDownstreamMappingTlvIpAndIntfLenNames[] =
     {"ipv6UnnumberedDsLen", 28},
 };
 
+} // namespace LspPing
+
+template <>
+struct Orv::EnumTraits<LspPing::LspPingDownstreamMappingTlvIpAndIntfLen> {
+  static constexpr EnumType type{"LspPing::LspPingDownstreamMappingTlvIpAndIntfLen", LspPing::lspPingDownstreamMappingTlvIpAndIntfLenNames};
+};
+
+namespace LspPing {
+
 inline LspPingDownstreamMappingTlvIpAndIntfLen LspPingDownstreamMappingTlvIpAndIntfLenInstance(U32 value) {
   return Orv::enumInstance<LspPingDownstreamMappingTlvIpAndIntfLen>(value);
 }
@@ -26,8 +35,3 @@ inline LspPingDownstreamMappingTlvIpAndIntfLen LspPingDownstreamMappingTlvIpAndI
 }
 
 } // namespace LspPing
-
-template <>
-struct Orv::EnumTraits<LspPing::LspPingDownstreamMappingTlvIpAndIntfLen> {
-  static constexpr EnumType type{"LspPing::LspPingDownstreamMappingTlvIpAndIntfLen", LspPing::lspPingDownstreamMappingTlvIpAndIntfLenNames};
-};

@@ -25,6 +25,15 @@ inline constexpr Orv::EnumEntry lspPingDownstreamSignalingProtocolNames[] = {
     {"dsInfoSignalingProtocolIsis", 6},
 };
 
+} // namespace LspPing
+
+template <>
+struct Orv::EnumTraits<LspPing::LspPingDownstreamSignalingProtocol> {
+  static constexpr EnumType type{"LspPing::LspPingDownstreamSignalingProtocol", LspPing::lspPingDownstreamSignalingProtocolNames};
+};
+
+namespace LspPing {
+
 inline LspPingDownstreamSignalingProtocol LspPingDownstreamSignalingProtocolInstance(U32 value) {
   return Orv::enumInstance<LspPingDownstreamSignalingProtocol>(value);
 }
@@ -33,8 +42,3 @@ inline LspPingDownstreamSignalingProtocol LspPingDownstreamSignalingProtocolInst
 }
 
 } // namespace LspPing
-
-template <>
-struct Orv::EnumTraits<LspPing::LspPingDownstreamSignalingProtocol> {
-  static constexpr EnumType type{"LspPing::LspPingDownstreamSignalingProtocol", LspPing::lspPingDownstreamSignalingProtocolNames};
-};

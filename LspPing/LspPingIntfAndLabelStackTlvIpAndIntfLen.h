@@ -18,6 +18,15 @@ inline constexpr Orv::EnumEntry lspPingIntfAndLabelStackTlvIpAndIntfLenNames[] =
     {"ipv6UnnumberedIfLen", 24},
 };
 
+} // namespace LspPing
+
+template <>
+struct Orv::EnumTraits<LspPing::LspPingIntfAndLabelStackTlvIpAndIntfLen> {
+  static constexpr EnumType type{"LspPing::LspPingIntfAndLabelStackTlvIpAndIntfLen", LspPing::lspPingIntfAndLabelStackTlvIpAndIntfLenNames};
+};
+
+namespace LspPing {
+
 inline LspPingIntfAndLabelStackTlvIpAndIntfLen LspPingIntfAndLabelStackTlvIpAndIntfLenInstance(U32 value) {
   return Orv::enumInstance<LspPingIntfAndLabelStackTlvIpAndIntfLen>(value);
 }
@@ -26,8 +35,3 @@ inline LspPingIntfAndLabelStackTlvIpAndIntfLen LspPingIntfAndLabelStackTlvIpAndI
 }
 
 } // namespace LspPing
-
-template <>
-struct Orv::EnumTraits<LspPing::LspPingIntfAndLabelStackTlvIpAndIntfLen> {
-  static constexpr EnumType type{"LspPing::LspPingIntfAndLabelStackTlvIpAndIntfLen", LspPing::lspPingIntfAndLabelStackTlvIpAndIntfLenNames};
-};

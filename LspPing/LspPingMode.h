@@ -15,6 +15,15 @@ inline constexpr Orv::EnumEntry lspPingModeNames[] = {
     {"modeLspTraceRoute", 2},
 };
 
+} // namespace LspPing
+
+template <>
+struct Orv::EnumTraits<LspPing::LspPingMode> {
+  static constexpr EnumType type{"LspPing::LspPingMode", LspPing::lspPingModeNames};
+};
+
+namespace LspPing {
+
 inline LspPingMode LspPingModeInstance(U32 value) {
   return Orv::enumInstance<LspPingMode>(value);
 }
@@ -23,8 +32,3 @@ inline LspPingMode LspPingModeInstance(std::string_view name) {
 }
 
 } // namespace LspPing
-
-template <>
-struct Orv::EnumTraits<LspPing::LspPingMode> {
-  static constexpr EnumType type{"LspPing::LspPingMode", LspPing::lspPingModeNames};
-};

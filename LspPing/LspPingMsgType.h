@@ -15,6 +15,15 @@ inline constexpr Orv::EnumEntry lspPingMsgTypeNames[] = {
     {"MplsEchoReply", 2},
 };
 
+} // namespace LspPing
+
+template <>
+struct Orv::EnumTraits<LspPing::LspPingMsgType> {
+  static constexpr EnumType type{"LspPing::LspPingMsgType", LspPing::lspPingMsgTypeNames};
+};
+
+namespace LspPing {
+
 inline LspPingMsgType LspPingMsgTypeInstance(U32 value) {
   return Orv::enumInstance<LspPingMsgType>(value);
 }
@@ -23,8 +32,3 @@ inline LspPingMsgType LspPingMsgTypeInstance(std::string_view name) {
 }
 
 } // namespace LspPing
-
-template <>
-struct Orv::EnumTraits<LspPing::LspPingMsgType> {
-  static constexpr EnumType type{"LspPing::LspPingMsgType", LspPing::lspPingMsgTypeNames};
-};

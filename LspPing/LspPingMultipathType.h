@@ -21,6 +21,15 @@ inline constexpr Orv::EnumEntry lspPingMultipathTypeNames[] = {
     {"maskedLabelSetMultipath", 9},
 };
 
+} // namespace LspPing
+
+template <>
+struct Orv::EnumTraits<LspPing::LspPingMultipathType> {
+  static constexpr EnumType type{"LspPing::LspPingMultipathType", LspPing::lspPingMultipathTypeNames};
+};
+
+namespace LspPing {
+
 inline LspPingMultipathType LspPingMultipathTypeInstance(U32 value) {
   return Orv::enumInstance<LspPingMultipathType>(value);
 }
@@ -29,8 +38,3 @@ inline LspPingMultipathType LspPingMultipathTypeInstance(std::string_view name) 
 }
 
 } // namespace LspPing
-
-template <>
-struct Orv::EnumTraits<LspPing::LspPingMultipathType> {
-  static constexpr EnumType type{"LspPing::LspPingMultipathType", LspPing::lspPingMultipathTypeNames};
-};

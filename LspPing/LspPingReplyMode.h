@@ -19,6 +19,15 @@ inline constexpr Orv::EnumEntry lspPingReplyModeNames[] = {
     {"ReplyViaAppCtrlChannel", 4},
 };
 
+} // namespace LspPing
+
+template <>
+struct Orv::EnumTraits<LspPing::LspPingReplyMode> {
+  static constexpr EnumType type{"LspPing::LspPingReplyMode", LspPing::lspPingReplyModeNames};
+};
+
+namespace LspPing {
+
 inline LspPingReplyMode LspPingReplyModeInstance(U32 value) {
   return Orv::enumInstance<LspPingReplyMode>(value);
 }
@@ -27,8 +36,3 @@ inline LspPingReplyMode LspPingReplyModeInstance(std::string_view name) {
 }
 
 } // namespace LspPing
-
-template <>
-struct Orv::EnumTraits<LspPing::LspPingReplyMode> {
-  static constexpr EnumType type{"LspPing::LspPingReplyMode", LspPing::lspPingReplyModeNames};
-};

@@ -40,6 +40,15 @@ inline constexpr Orv::EnumEntry lspPingReturnCodeNames[] = {
     {"premTermination", 13},
 };
 
+} // namespace LspPing
+
+template <>
+struct Orv::EnumTraits<LspPing::LspPingReturnCode> {
+  static constexpr EnumType type{"LspPing::LspPingReturnCode", LspPing::lspPingReturnCodeNames};
+};
+
+namespace LspPing {
+
 inline LspPingReturnCode LspPingReturnCodeInstance(U32 value) {
   return Orv::enumInstance<LspPingReturnCode>(value);
 }
@@ -48,8 +57,3 @@ inline LspPingReturnCode LspPingReturnCodeInstance(std::string_view name) {
 }
 
 } // namespace LspPing
-
-template <>
-struct Orv::EnumTraits<LspPing::LspPingReturnCode> {
-  static constexpr EnumType type{"LspPing::LspPingReturnCode", LspPing::lspPingReturnCodeNames};
-};

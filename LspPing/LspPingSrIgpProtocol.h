@@ -15,6 +15,15 @@ inline constexpr Orv::EnumEntry lspPingSrIgpProtocolNames[] = {
     {"isis", 2},
 };
 
+} // namespace LspPing
+
+template <>
+struct Orv::EnumTraits<LspPing::LspPingSrIgpProtocol> {
+  static constexpr EnumType type{"LspPing::LspPingSrIgpProtocol", LspPing::lspPingSrIgpProtocolNames};
+};
+
+namespace LspPing {
+
 inline LspPingSrIgpProtocol LspPingSrIgpProtocolInstance(U32 value) {
   return Orv::enumInstance<LspPingSrIgpProtocol>(value);
 }
@@ -23,8 +32,3 @@ inline LspPingSrIgpProtocol LspPingSrIgpProtocolInstance(std::string_view name) 
 }
 
 } // namespace LspPing
-
-template <>
-struct Orv::EnumTraits<LspPing::LspPingSrIgpProtocol> {
-  static constexpr EnumType type{"LspPing::LspPingSrIgpProtocol", LspPing::lspPingSrIgpProtocolNames};
-};

@@ -49,6 +49,15 @@ inline constexpr Orv::EnumEntry lspPingTargetFecSubTlvTypeNames[] = {
     {"SRIpv6Deprecated", 0x7C01},
 };
 
+} // namespace LspPing
+
+template <>
+struct Orv::EnumTraits<LspPing::LspPingTargetFecSubTlvType> {
+  static constexpr EnumType type{"LspPing::LspPingTargetFecSubTlvType", LspPing::lspPingTargetFecSubTlvTypeNames};
+};
+
+namespace LspPing {
+
 inline LspPingTargetFecSubTlvType LspPingTargetFecSubTlvTypeInstance(U32 value) {
   return Orv::enumInstance<LspPingTargetFecSubTlvType>(value);
 }
@@ -57,8 +66,3 @@ inline LspPingTargetFecSubTlvType LspPingTargetFecSubTlvTypeInstance(std::string
 }
 
 } // namespace LspPing
-
-template <>
-struct Orv::EnumTraits<LspPing::LspPingTargetFecSubTlvType> {
-  static constexpr EnumType type{"LspPing::LspPingTargetFecSubTlvType", LspPing::lspPingTargetFecSubTlvTypeNames};
-};

@@ -32,6 +32,15 @@ inline constexpr Orv::EnumEntry lspPingTlvTypeNames[] = {
     {"ReplyTosByte", 10},
 };
 
+} // namespace LspPing
+
+template <>
+struct Orv::EnumTraits<LspPing::LspPingTlvType> {
+  static constexpr EnumType type{"LspPing::LspPingTlvType", LspPing::lspPingTlvTypeNames};
+};
+
+namespace LspPing {
+
 inline LspPingTlvType LspPingTlvTypeInstance(U32 value) {
   return Orv::enumInstance<LspPingTlvType>(value);
 }
@@ -40,8 +49,3 @@ inline LspPingTlvType LspPingTlvTypeInstance(std::string_view name) {
 }
 
 } // namespace LspPing
-
-template <>
-struct Orv::EnumTraits<LspPing::LspPingTlvType> {
-  static constexpr EnumType type{"LspPing::LspPingTlvType", LspPing::lspPingTlvTypeNames};
-};

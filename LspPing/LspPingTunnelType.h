@@ -27,6 +27,15 @@ inline constexpr Orv::EnumEntry lspPingTunnelTypeNames[] = {
     {"tunnelPwLdp", 7},
 };
 
+} // namespace LspPing
+
+template <>
+struct Orv::EnumTraits<LspPing::LspPingTunnelType> {
+  static constexpr EnumType type{"LspPing::LspPingTunnelType", LspPing::lspPingTunnelTypeNames};
+};
+
+namespace LspPing {
+
 inline LspPingTunnelType LspPingTunnelTypeInstance(U32 value) {
   return Orv::enumInstance<LspPingTunnelType>(value);
 }
@@ -35,8 +44,3 @@ inline LspPingTunnelType LspPingTunnelTypeInstance(std::string_view name) {
 }
 
 } // namespace LspPing
-
-template <>
-struct Orv::EnumTraits<LspPing::LspPingTunnelType> {
-  static constexpr EnumType type{"LspPing::LspPingTunnelType", LspPing::lspPingTunnelTypeNames};
-};

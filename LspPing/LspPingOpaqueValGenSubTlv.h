@@ -1,0 +1,16 @@
+#pragma once
+
+#include "LspPing/LspPingTlvHdr.h"
+
+namespace LspPing {
+
+// Generic opaque-value sub-TLV (type 1, length 4) with its short header.
+struct LspPingOpaqueValGenSubTlv : LspPingTlvU8Hdr {
+  U32Nbo lspId{0};
+
+  bool valid() const;
+  std::string stringValue() const;
+};
+static_assert(sizeof(LspPingOpaqueValGenSubTlv) == 7);
+
+} // namespace LspPing

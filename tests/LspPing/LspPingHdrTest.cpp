@@ -1,0 +1,254 @@
+#include <gtest/gtest.h>
+
+#include "Bytes.h"
+#include "LspPing/LspPingDdmapTlv.h"
+#include "LspPing/LspPingDownstreamMappingTlvContainer.h"
+#include "LspPing/LspPingEchoJitterTlv.h"
+#include "LspPing/LspPingFec128Ipv4SubTlv.h"
+#include "LspPing/LspPingHdr.h"
+#include "LspPing/LspPingIntfAndLabelStackTlvContainer.h"
+#include "LspPing/LspPingLdpIpv4SubTlv.h"
+#include "LspPing/LspPingNilFecSubTlv.h"
+#include "LspPing/LspPingNodeAddrSubTlv.h"
+#include "LspPing/LspPingOpaqueValGenSubTlv.h"
+#include "LspPing/LspPingOpaqueValSGSubTlv.h"
+#include "LspPing/LspPingP2mpFecStackSubTlv.h"
+#include "LspPing/LspPingRsvpIpv4SubTlv.h"
+#include "LspPing/LspPingSrIpv4SubTlv.h"
+#include "LspPing/LspPingSrIpv6SubTlv.h"
+#include "LspPing/NtpTime.h"
+#include "LspPing/PktHexDump.h"
+#include "Orv/Clock.h"
+
+namespace LspPing {
+namespace {
+
+using LspPingTest::hexBytes;
+using LspPingTest::overlay;
+
+const char *const requestHdr = "0001 0000 01 02 00 00 00000007 0000002a "
+                               "e5f1a2b3 80000000 00000000 00000000";
+
+TEST(LspPingHdrRecord, ReadsFieldsInHostOrder) {
+  auto bytes = hexBytes(requestHdr);
+  const auto &hdr = overlay<LspPingHdr>(bytes);
+  EXPECT_TRUE(hdr.valid());
+  EXPECT_EQ(hdr.version(), 1);
+  EXPECT_EQ(hdr.messageType, 1);
+  EXPECT_EQ(hdr.replyMode, 2);
+  EXPECT_EQ(hdr.senderHandle(), 7u);
+  EXPECT_EQ(hdr.sequenceNumber(), 42u);
+  EXPECT_EQ(hdr.tsSentSeconds(), 0xe5f1a2b3u);
+  EXPECT_EQ(hdr.stringValue(),
+            "LspPingHdr:\tver(1),\tflag(0),\tmsgType(1),\treplyMode(2),"
+            "\treturnCode(0),\treturnSubcode(0),\tsenderHandle(0x7),"
+            "\tseqNum(0x2a),\ttsSenSeconds(0xe5f1a2b3),"
+            "\ttsSentmSeconds(0x80000000),\ttsRcvdSeconds(0x0),"
+            "\ttsRcvdmSeconds(0x0)");
+  EXPECT_FALSE(LspPingHdr().valid());
+}
+
+TEST(LspPingHdrRecord, VersionAndMessageTypeDecideValidity) {
+  for (auto [version, msgType, valid] :
+       {std::tuple{1, 1, true}, {2, 2, true}, {3, 1, false}, {0, 1, false},
+        {1, 0, false}, {1, 3, false}}) {
+    auto bytes = hexBytes(requestHdr);
+    bytes[1] = static_cast<U8>(version);
+    bytes[4] = static_cast<U8>(msgType);
+    const auto &hdr = overlay<LspPingHdr>(bytes);
+    EXPECT_EQ(hdr.valid(), valid) << version << " " << msgType;
+    if (!valid) {
+      EXPECT_EQ(hdr.stringValue(), "Invalid LspPingHdr");
+    }
+  }
+}
+
+TEST(LspPingTlvHdrRecord, TotalLengthIsPaddedToFourBytes) {
+  for (auto [length, total] : {std::pair{0u, 4u}, {5u, 12u}, {8u, 12u},
+                               {65528u, 65532u}, {65529u, 65536u}}) {
+    LspPingTlvHdr tlv;
+    tlv.lengthNbo = static_cast<U16>(length);
+    EXPECT_EQ(tlv.totalLength(), total) << length;
+  }
+  LspPingTlvU8Hdr shortHdr;
+  shortHdr.length = 8;
+  EXPECT_EQ(shortHdr.totalLength(), 8u + 3u + 1u);
+}
+
+TEST(LspPingSubTlvRecords, ValidityRulesAndTexts) {
+  auto ldp = hexBytes("0003 0005 0a010101 20 00 0000");
+  EXPECT_TRUE(overlay<LspPingLdpIpv4SubTlv>(ldp).valid())
+      << "the type is not looked at";
+  EXPECT_EQ(overlay<LspPingLdpIpv4SubTlv>(ldp).stringValue(),
+            "LdpIpv4( '10.1.1.1/32' )");
+  ldp[3] = 6;
+  EXPECT_EQ(overlay<LspPingLdpIpv4SubTlv>(ldp).stringValue(),
+            "Invalid LdpIpv4SubTlv");
+
+  auto rsvp = hexBytes("0003 0014 c0000201 0000 0007 c0000202 c0000203 0000 0009");
+  EXPECT_EQ(overlay<LspPingRsvpIpv4SubTlv>(rsvp).stringValue(),
+            "RsvpIpv4:\tdestination(192.0.2.1),\ttunnelId(7),"
+            "\textendedTunnelId(192.0.2.2),\tsenderAddress(192.0.2.3),"
+            "\tlspId(9)");
+  rsvp[1] = 1;
+  EXPECT_EQ(overlay<LspPingRsvpIpv4SubTlv>(rsvp).stringValue(),
+            "Invalid RsvpIpv4SubTlv");
+
+  auto srV4 = hexBytes("7c00 0006 0a000001 20 02 0000");
+  EXPECT_EQ(overlay<LspPingSrIpv4SubTlv>(srV4).stringValue(),
+            "SrIpv4( '10.0.0.1/32' )");
+  srV4[3] = 8;
+  EXPECT_EQ(overlay<LspPingSrIpv4SubTlv>(srV4).stringValue(), "");
+
+  auto srV6 = hexBytes("0023 0012 20010db8000000000000000000000001 80 02 0000");
+  EXPECT_EQ(overlay<LspPingSrIpv6SubTlv>(srV6).stringValue(),
+            "SrIpv6( '2001:db8::1/128' )");
+  srV6[3] = 20;
+  EXPECT_EQ(overlay<LspPingSrIpv6SubTlv>(srV6).stringValue(), "");
+
+  auto nil = hexBytes("0010 0004 00003000");
+  EXPECT_EQ(overlay<LspPingNilFecSubTlv>(nil).stringValue(), "NilFec( '0x3' )");
+  nil[1] = 17;
+  EXPECT_EQ(overlay<LspPingNilFecSubTlv>(nil).stringValue(),
+            "Invailid NilFecSunTlv");
+
+  auto pw = hexBytes("000a 000e 0a000001 0a000002 00000064 0005 0000");
+  EXPECT_EQ(overlay<LspPingFec128Ipv4SubTlv>(pw).stringValue(),
+            "Fec128Ipv4:\tsender(10.0.0.1),\treceiver(10.0.0.2),\tpwId(100),"
+            "\tpwType(5)");
+  pw[17] = 11;
+  EXPECT_EQ(overlay<LspPingFec128Ipv4SubTlv>(pw).stringValue(),
+            "Invalid Fec128Ipv4SubTlv");
+  pw[17] = 4;
+  pw[18] = 1;
+  EXPECT_FALSE(overlay<LspPingFec128Ipv4SubTlv>(pw).valid());
+}
+
+TEST(LspPingSubTlvRecords, RarerRecordTexts) {
+  auto node = hexBytes("000b 0008 0003 0004 0a000009");
+  EXPECT_EQ(overlay<LspPingNodeAddrSubTlv>(node).stringValue(),
+            "NodeAddr( Addr: '10.0.0.9' )");
+  node[5] = 4;
+  EXPECT_EQ(overlay<LspPingNodeAddrSubTlv>(node).stringValue(),
+            "Invalid NodeAddrSubTlv");
+
+  auto p2mp = hexBytes("0013 0009 0001 04 0a000001 0000");
+  EXPECT_EQ(overlay<LspPingP2mpFecStackSubTlv>(p2mp).stringValue(),
+            "P2mpFecStackSubTlv( RootAddr: '10.0.0.1' )");
+  auto sg = hexBytes("03 0008 0a000001 e0000001");
+  EXPECT_EQ(overlay<LspPingOpaqueValSGSubTlv>(sg).stringValue(),
+            "OpaqueValSGSubTlv( SourceAddr: '10.0.0.1' GroupAddr: '224.0.0.1' )");
+  auto gen = hexBytes("01 0004 0000002a");
+  EXPECT_EQ(overlay<LspPingOpaqueValGenSubTlv>(gen).stringValue(),
+            "OpaqueValGenSubTlv( lspId: 42 )");
+  gen[0] = 2;
+  EXPECT_EQ(overlay<LspPingOpaqueValGenSubTlv>(gen).stringValue(),
+            "Invalid LspPingOpaqueValGenSubTlv");
+  auto jitter = hexBytes("000c 0004 000003e8");
+  EXPECT_EQ(overlay<LspPingEchoJitterTlv>(jitter).stringValue(),
+            "EchoJitterTlv( jittertime(1000) )");
+  auto ddmap = hexBytes("0014 0010 05dc 01 00 0a000002 0a000003 08 01 0000");
+  EXPECT_EQ(overlay<LspPingDdmapTlv>(ddmap).stringValue(),
+            "DDMAPTlv( Downstream Address: '10.0.0.2', Downstream Interface "
+            "Address: '10.0.0.3', RetCode: 8, RetSubCode: 1 )");
+  ddmap[1] = 2;
+  EXPECT_EQ(overlay<LspPingDdmapTlv>(ddmap).stringValue(),
+            "Invalid LspPingDdmapTlv");
+}
+
+TEST(LspPingNilFecSubTlvLabel, KeepsTheLowBitsWhenTheLabelChanges) {
+  auto bytes = hexBytes("00000abc");
+  auto label = overlay<LspPingNilFecSubTlvLabel>(bytes);
+  label.labelIs(0xFFFFF);
+  EXPECT_EQ(label.label(), 0xFFFFFu);
+  EXPECT_EQ(label.labelNbo.value(), 0xFFFFFABCu);
+  LspPingNilFecSubTlvLabel other;
+  other.labelIs(0xFFFFF);
+  EXPECT_FALSE(label == other);
+  EXPECT_TRUE(other < label);
+}
+
+TEST(LspPingTlvContainers, CastByAddressType) {
+  auto ipv4 = hexBytes("01 00 0000 0a000001 0a000002");
+  auto ils = lspPingIntfAndLabelStackTlvContainerFactory();
+  ils->tryCastToTlv(ipv4.data(), 12);
+  ASSERT_TRUE(ils->valid());
+  EXPECT_TRUE(ils->isIpv4());
+  EXPECT_EQ(ils->getAddr().stringValue(), "10.0.0.1");
+  EXPECT_EQ(ils->getIntf().stringValue(), "10.0.0.2");
+  ils->tryCastToTlv(ipv4.data(), 11);
+  EXPECT_FALSE(ils->valid());
+  ils->tryCastToTlv(ipv4.data(), 3);
+  EXPECT_FALSE(ils->valid());
+  EXPECT_EQ(ils->header(), nullptr);
+
+  // The downstream view casts 12 bytes of an IPv4 mapping although the
+  // IPv4 form has 16: its parser checks the full size itself.
+  auto ds = hexBytes("05dc 01 02 0a000001 0a000002 08 03 0004");
+  auto dsView = lspPingDownstreamMappingTlvContainerFactory();
+  dsView->tryCastToTlv(ds.data(), 12);
+  ASSERT_TRUE(dsView->valid());
+  EXPECT_EQ(dsView->getMtu(), 1500);
+  EXPECT_EQ(dsView->getDsFlags(), 2);
+  EXPECT_EQ(dsView->getDsIntfAddr().stringValue(), "10.0.0.2");
+  dsView->tryCastToTlv(ds.data(), 16);
+  EXPECT_EQ(dsView->getMultipathType(), 8);
+  EXPECT_EQ(dsView->getDepthLimit(), 3);
+  EXPECT_EQ(dsView->getMultipathLength(), 4);
+
+  auto v6 = hexBytes("0000 03 00 20010db8000000000000000000000001"
+                     "20010db8000000000000000000000002 00 00 0000");
+  dsView->tryCastToTlv(v6.data(), 35);
+  EXPECT_FALSE(dsView->valid());
+  dsView->tryCastToTlv(v6.data(), 36);
+  ASSERT_TRUE(dsView->valid());
+  EXPECT_FALSE(dsView->isIpv4());
+  EXPECT_EQ(dsView->getDsIpAddr().stringValue(), "2001:db8::1");
+
+  for (U8 addrType : {0, 4, 5}) {
+    ds[2] = addrType;
+    dsView->tryCastToTlv(ds.data(), 40);
+    EXPECT_FALSE(dsView->valid()) << int(addrType);
+  }
+}
+
+TEST(LspPingTlvContainersDeathTest, GettersRequireAValidView) {
+  auto ils = lspPingIntfAndLabelStackTlvContainerFactory();
+  EXPECT_DEATH(ils->getAddrType(), "valid\\(\\)");
+  auto ds = lspPingDownstreamMappingTlvContainerFactory();
+  EXPECT_DEATH(ds->getMtu(), "valid\\(\\)");
+}
+
+TEST(NtpTime, MicrosecondRoundingAndElapsedTime) {
+  EXPECT_EQ(NtpTime::fractionToU32(0.5), 2147483648u);
+  EXPECT_EQ(NtpTime::fractionToU32(0.0000015), 4294u);
+  EXPECT_EQ(NtpTime::fractionToU32(0.0), 0u);
+  const NtpTimeU64 before{0xFFFFFFFFu, 0xC0000000u};
+  const NtpTimeU64 after{0u, 0x40000000u};
+  EXPECT_DOUBLE_EQ(NtpTime::elapsedTime(before, after), 0.5);
+  EXPECT_DOUBLE_EQ(NtpTime::elapsedTime(NtpTimeU64{5, 0}, NtpTimeU64{7, 0}), 2.0);
+}
+
+TEST(NtpTime, ReadsTheRuntimeClockOnTheNtpEpoch) {
+  Orv::VirtualClock clock(1700000000.25);
+  Orv::clockIs(&clock);
+  const NtpTimeU64 now = NtpTime::ntpTime();
+  EXPECT_EQ(now.seconds, 1700000000u + 2208988800u);
+  EXPECT_EQ(now.microSeconds, 1073741824u);
+  EXPECT_EQ(NtpTime::ntpSeconds(), now.seconds);
+  EXPECT_EQ(NtpTime::ntpFraction(), now.microSeconds);
+  Orv::clockIs(nullptr);
+  EXPECT_EQ(Orv::valueText(now),
+            "Value('LspPing::NtpTimeU64', ** {'seconds': 3908988800, "
+            "'microSeconds': 1073741824})");
+  EXPECT_EQ(Orv::valueFromText<NtpTimeU64>(Orv::valueText(now)), now);
+}
+
+TEST(PktHexDump, FourCharactersPerByte) {
+  const U8 bytes[] = {0x45, 0x00, 0xab};
+  EXPECT_EQ(pktHexDump(bytes, 3), "\\x45\\x00\\xab");
+  EXPECT_EQ(pktHexDump(bytes, 0), "");
+}
+
+} // namespace
+} // namespace LspPing
