@@ -19,6 +19,8 @@ struct Field {
   std::string_view name;
   T C::*member;
 };
+template <class C, class T>
+Field(std::string_view, T C::*) -> Field<C, T>;
 
 // A value type names itself and lists its fields in declaration order:
 //   static constexpr std::string_view valueTypeName = "Ns::Type";
