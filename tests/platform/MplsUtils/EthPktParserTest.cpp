@@ -1,0 +1,354 @@
+#include "MplsUtils/EthPktParser.h"
+
+#include "Wirx/Checksum.h"
+#include "Wirx/Ipv4RouterAlertHdr.h"
+#include "Wirx/Pkt.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace MplsUtils {
+namespace {
+
+using Layer = EthPktParser::Layer;
+using Orv::U32;
+using Orv::U8;
+using Wirx::IpGenAddr;
+
+std::vector<U8> hexBytes(std::string_view hex) {
+  std::vector<U8> bytes;
+  for (std::size_t i = 0; i + 1 < hex.size(); ++i) {
+    if (hex[i] == ' ') {
+      continue;
+    }
+    bytes.push_back(
+        static_cast<U8>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
+    ++i;
+  }
+  return bytes;
+}
+
+// Frames written byte by byte, one layer per line.
+const std::string ethMpls = "001122334455 020000000001 8847 ";
+const std::string ethIpv4 = "001122334455 020000000001 0800 ";
+const std::string ethIpv6 = "001122334455 020000000001 86dd ";
+
+// Labels 100 (ttl 255) and 200 (tc 5, bottom, ttl 1), then IPv4 with a
+// Router Alert from 10.0.0.1 to 127.0.0.1, UDP 49152 -> 3503, 8 bytes.
+const std::vector<U8> labelledIpv4 =
+    hexBytes(ethMpls + "000640ff 000c8b01 "
+                       "46000028 12344000 0111498b 0a000001 7f000001 94040000 "
+                       "c0000daf 00100b7e "
+                       "deadbeef 00000001");
+
+// IPv6 from 2001:db8::1 to 2001:db8::2, UDP 3503 -> 3503, 4 bytes.
+const std::vector<U8> plainIpv6 =
+    hexBytes(ethIpv6 + "60000000 000c1140 20010db8000000000000000000000001 "
+                       "20010db8000000000000000000000002 "
+                       "0daf0daf 000c84fd "
+                       "01020304");
+
+// Label 16, then IPv6 with a Hop-by-Hop Router Alert (MPLS OAM) from
+// 2001:db8::a to ::ffff:127.0.0.1, UDP 49153 -> 3503, 4 bytes.
+const std::vector<U8> labelledIpv6 =
+    hexBytes(ethMpls + "00010101 "
+                       "60000000 00140001 20010db800000000000000000000000a "
+                       "00000000000000000000ffff7f000001 "
+                       "11000502 00450100 "
+                       "c0010daf 000c6f49 0a0b0c0d");
+
+// Service tag 100, customer tag 200 (priority 1), IPv4 192.168.0.1 ->
+// 192.168.0.199 without options, UDP 1234 -> 53, 4 bytes.
+const std::vector<U8> doubleTaggedIpv4 =
+    hexBytes("001122334455 020000000001 88a8 0064 8100 20c8 0800 "
+             "45000020 00010000 4011f8b3 c0a80001 c0a800c7 "
+             "04d20035 000cb3ef 61626364");
+
+// Parses a copy held in a buffer of exactly the frame's size, so that the
+// address sanitizer catches any read past it.
+struct Parsed {
+  explicit Parsed(const std::vector<U8> &frame, std::size_t len)
+      : bytes(std::make_unique<U8[]>(len)) {
+    std::copy_n(frame.begin(), len, bytes.get());
+    parser.emplace(bytes.get(), U32(len));
+  }
+  explicit Parsed(const std::vector<U8> &frame) : Parsed(frame, frame.size()) {}
+  const EthPktParser *operator->() const { return &*parser; }
+
+  std::unique_ptr<U8[]> bytes;
+  std::optional<EthPktParser> parser;
+};
+
+std::vector<U8> with(std::vector<U8> frame, std::size_t offset, U8 value) {
+  frame.at(offset) = value;
+  return frame;
+}
+
+TEST(EthPktParserTest, LabelledIpv4WithRouterAlert) {
+  const Parsed p(labelledIpv4);
+  ASSERT_TRUE(p->valid()) << p->reason();
+  EXPECT_STREQ(p->reason(), "");
+  EXPECT_EQ(p->parsedUpTo(), Layer::udp);
+  EXPECT_EQ(p->ethDst().stringValue(), "00:11:22:33:44:55");
+  EXPECT_EQ(p->ethSrc().stringValue(), "02:00:00:00:00:01");
+  EXPECT_EQ(p->vlanCount(), 0u);
+  EXPECT_EQ(p->etherType(), 0x8847);
+  EXPECT_EQ(p->labelStack().stringValue(), "[100, 200]");
+  EXPECT_EQ(p->labelEntry(0).stringValue(), "label=100 tc=0 bos=0 ttl=255");
+  EXPECT_EQ(p->labelEntry(1).stringValue(), "label=200 tc=5 bos=1 ttl=1");
+  EXPECT_TRUE(p->isIpv4());
+  EXPECT_FALSE(p->isIpv6());
+  EXPECT_EQ(p->ipHdrOffset(), 22u);
+  EXPECT_EQ(p->ipHdrLength(), 24u);
+  EXPECT_EQ(p->ipLength(), 40u);
+  EXPECT_EQ(p->srcIp().stringValue(), "10.0.0.1");
+  EXPECT_EQ(p->dstIp().stringValue(), "127.0.0.1");
+  EXPECT_EQ(p->ipTtl(), 1);
+  EXPECT_TRUE(p->routerAlert());
+  EXPECT_EQ(p->udpHdrOffset(), 46u);
+  EXPECT_EQ(p->udpPayloadOffset(), 54u);
+  EXPECT_EQ(p->udpLength(), 16);
+  EXPECT_EQ(p->udpPayloadLength(), 8u);
+  EXPECT_EQ(p->srcPort(), 49152);
+  EXPECT_EQ(p->dstPort(), 3503);
+  EXPECT_EQ(p->frame()[p->udpPayloadOffset()], 0xDE);
+  EXPECT_EQ(p->length(), labelledIpv4.size());
+  // The offsets found are the ones the checksums were computed over.
+  EXPECT_TRUE(Wirx::ipv4HeaderChecksumOk(p->frame() + p->ipHdrOffset(),
+                                         p->ipHdrLength()));
+  EXPECT_EQ(Wirx::udpChecksumV4(p->srcIp().v4(), p->dstIp().v4(),
+                                p->frame() + p->udpHdrOffset(), p->udpLength()),
+            p->udpChecksum());
+}
+
+TEST(EthPktParserTest, UnlabelledIpv6) {
+  const Parsed p(plainIpv6);
+  ASSERT_TRUE(p->valid()) << p->reason();
+  EXPECT_TRUE(p->labelStack().empty());
+  EXPECT_TRUE(p->isIpv6());
+  EXPECT_EQ(p->ipHdrOffset(), 14u);
+  EXPECT_EQ(p->ipHdrLength(), 40u);
+  EXPECT_EQ(p->ipLength(), 52u);
+  EXPECT_EQ(p->srcIp().stringValue(), "2001:db8::1");
+  EXPECT_EQ(p->dstIp().stringValue(), "2001:db8::2");
+  EXPECT_EQ(p->ipTtl(), 64);
+  EXPECT_FALSE(p->routerAlert());
+  EXPECT_EQ(p->udpHdrOffset(), 54u);
+  EXPECT_EQ(p->udpPayloadLength(), 4u);
+  EXPECT_EQ(p->srcPort(), 3503);
+  EXPECT_EQ(Wirx::udpChecksumV6(p->srcIp().v6(), p->dstIp().v6(),
+                                p->frame() + p->udpHdrOffset(), p->udpLength()),
+            p->udpChecksum());
+}
+
+TEST(EthPktParserTest, LabelledIpv6WithHopByHopRouterAlert) {
+  const Parsed p(labelledIpv6);
+  ASSERT_TRUE(p->valid()) << p->reason();
+  EXPECT_EQ(p->labelStack().stringValue(), "[16]");
+  EXPECT_TRUE(p->labelEntry(0).bos());
+  EXPECT_TRUE(p->isIpv6());
+  EXPECT_EQ(p->ipHdrOffset(), 18u);
+  EXPECT_EQ(p->ipHdrLength(), 48u);
+  EXPECT_EQ(p->dstIp().stringValue(), "::ffff:127.0.0.1");
+  EXPECT_EQ(p->ipTtl(), 1);
+  EXPECT_TRUE(p->routerAlert());
+  EXPECT_EQ(p->udpHdrOffset(), 66u);
+  EXPECT_EQ(p->udpPayloadLength(), 4u);
+  EXPECT_EQ(Wirx::udpChecksumV6(p->srcIp().v6(), p->dstIp().v6(),
+                                p->frame() + p->udpHdrOffset(), p->udpLength()),
+            p->udpChecksum());
+}
+
+TEST(EthPktParserTest, DoubleVlanTaggedIpv4) {
+  const Parsed p(doubleTaggedIpv4);
+  ASSERT_TRUE(p->valid()) << p->reason();
+  ASSERT_EQ(p->vlanCount(), 2u);
+  EXPECT_EQ(p->vlanId(0), 100);
+  EXPECT_EQ(p->vlanId(1), 200);
+  EXPECT_EQ(p->etherType(), 0x0800);
+  EXPECT_EQ(p->ipHdrOffset(), 22u);
+  EXPECT_EQ(p->ipHdrLength(), 20u);
+  EXPECT_FALSE(p->routerAlert());
+  EXPECT_EQ(p->udpPayloadOffset(), 50u);
+  EXPECT_EQ(p->udpPayloadLength(), 4u);
+  EXPECT_EQ(p->dstPort(), 53);
+}
+
+TEST(EthPktParserTest, SingleTagAndMulticastMplsEtherType) {
+  std::vector<U8> frame = labelledIpv4;
+  const std::vector<U8> tag = hexBytes("8100 0005");
+  frame.insert(frame.begin() + 12, tag.begin(), tag.end());
+  frame[17] = 0x48;
+  const Parsed p(frame);
+  ASSERT_TRUE(p->valid()) << p->reason();
+  EXPECT_EQ(p->vlanCount(), 1u);
+  EXPECT_EQ(p->vlanId(0), 5);
+  EXPECT_EQ(p->etherType(), 0x8848);
+  EXPECT_EQ(p->labelStack().size(), 2u);
+  EXPECT_EQ(p->udpHdrOffset(), 50u);
+}
+
+TEST(EthPktParserTest, PaddingAfterTheIpPacketIsNotPayload) {
+  std::vector<U8> frame = doubleTaggedIpv4;
+  frame.resize(frame.size() + 10, 0);
+  const Parsed p(frame);
+  ASSERT_TRUE(p->valid()) << p->reason();
+  EXPECT_EQ(p->udpPayloadLength(), 4u);
+}
+
+TEST(EthPktParserTest, UdpLengthIsReportedNotEnforced) {
+  // The UDP length claims 100 bytes: the caller sees both numbers.
+  const Parsed p(with(labelledIpv4, 51, 100));
+  ASSERT_TRUE(p->valid()) << p->reason();
+  EXPECT_EQ(p->udpLength(), 100);
+  EXPECT_EQ(p->udpPayloadLength(), 8u);
+}
+
+TEST(EthPktParserTest, AShortFrameEndsTheIpPacketEarly) {
+  // IPv4 claims 1000 bytes; the frame holds 40.
+  std::vector<U8> frame = labelledIpv4;
+  frame[24] = 0x03;
+  frame[25] = 0xE8;
+  const Parsed p(frame);
+  ASSERT_TRUE(p->valid()) << p->reason();
+  EXPECT_EQ(p->ipLength(), 1000u);
+  EXPECT_EQ(p->udpPayloadLength(), 8u);
+}
+
+TEST(EthPktParserTest, OwnsTheReceivedPacket) {
+  Orv::Ptr<Wirx::Pkt> pkt =
+      Wirx::Pkt::copyOf(plainIpv6.data(), U32(plainIpv6.size()));
+  const EthPktParser parser(pkt);
+  EXPECT_EQ(pkt->refCount(), 2u);
+  EXPECT_EQ(parser.frame(), pkt->data());
+  pkt = nullptr;
+  ASSERT_TRUE(parser.valid()) << parser.reason();
+  EXPECT_EQ(parser.srcIp().stringValue(), "2001:db8::1");
+
+  const EthPktParser none{Orv::Ptr<Wirx::Pkt>()};
+  EXPECT_EQ(none.parsedUpTo(), Layer::none);
+  EXPECT_EQ(none.length(), 0u);
+}
+
+struct BadFrame {
+  std::vector<U8> frame;
+  const char *reason;
+  Layer reached;
+};
+
+TEST(EthPktParserTest, MalformedFramesGiveAReasonAndTheLastLayer) {
+  std::vector<U8> threeTags = doubleTaggedIpv4;
+  const std::vector<U8> tag = hexBytes("8100 0007");
+  threeTags.insert(threeTags.begin() + 12, tag.begin(), tag.end());
+  std::vector<U8> deepStack = hexBytes(ethMpls);
+  for (int i = 0; i < 17; ++i) {
+    const std::vector<U8> entry = hexBytes(i == 16 ? "00010140" : "00010040");
+    deepStack.insert(deepStack.end(), entry.begin(), entry.end());
+  }
+  std::vector<U8> ipv4Fragment = labelledIpv4;
+  ipv4Fragment[28] = 0x20;
+  std::vector<U8> ipv4LaterFragment = labelledIpv4;
+  ipv4LaterFragment[29] = 0x01;
+  std::vector<U8> ipv4BadOption = labelledIpv4;
+  ipv4BadOption[43] = 0x05;
+  std::vector<U8> ipv4ZeroLengthOption = labelledIpv4;
+  ipv4ZeroLengthOption[43] = 0x00;
+  std::vector<U8> shortIpv4Total = labelledIpv4;
+  shortIpv4Total[25] = 23;
+  std::vector<U8> hbhOptionOverrun = labelledIpv6;
+  hbhOptionOverrun[61] = 0x05;
+  std::vector<U8> hbhTooLong = labelledIpv6;
+  hbhTooLong[59] = 0x02;
+  std::vector<U8> udpPastIpEnd = plainIpv6;
+  udpPastIpEnd[19] = 0x07;
+
+  const std::vector<BadFrame> cases = {
+      {{}, "Frame too short for Ethernet header", Layer::none},
+      {hexBytes("001122334455 020000000001 08"),
+       "Frame too short for Ethernet header", Layer::none},
+      {hexBytes("001122334455 020000000001 8100 00"), "Truncated VLAN tag",
+       Layer::none},
+      {threeTags, "More than two VLAN tags", Layer::none},
+      {hexBytes("001122334455 020000000001 0806 0001"), "Not an IP packet",
+       Layer::ethernet},
+      {hexBytes(ethMpls + "000640ff 000c8b"),
+       "MPLS label stack runs past the frame", Layer::ethernet},
+      {deepStack, "MPLS label stack too deep", Layer::ethernet},
+      {hexBytes(ethMpls + "00010140"), "Frame ends after the MPLS label stack",
+       Layer::mpls},
+      // A pseudowire control word starts with a zero nibble.
+      {hexBytes(ethMpls + "00010140 00000000"), "Not an IP packet",
+       Layer::mpls},
+      {with(doubleTaggedIpv4, 22, 0x65), "Bad IPv4 version", Layer::ethernet},
+      {with(doubleTaggedIpv4, 22, 0x44), "IPv4 header length below 20 bytes",
+       Layer::ethernet},
+      {with(doubleTaggedIpv4, 22, 0x4F), "Truncated IPv4 header",
+       Layer::ethernet},
+      {shortIpv4Total, "IPv4 total length shorter than its header",
+       Layer::mpls},
+      {ipv4BadOption, "Malformed IPv4 options", Layer::mpls},
+      {ipv4ZeroLengthOption, "Malformed IPv4 options", Layer::mpls},
+      {ipv4Fragment, "Fragmented IPv4 packet", Layer::ip},
+      {ipv4LaterFragment, "Fragmented IPv4 packet", Layer::ip},
+      {with(labelledIpv4, 31, 6), "Not UDP", Layer::ip},
+      {with(plainIpv6, 14, 0x40), "Bad IPv6 version", Layer::ethernet},
+      {with(plainIpv6, 20, 58), "Not UDP", Layer::ip},
+      {with(labelledIpv6, 58, 58), "Not UDP", Layer::ip},
+      {hbhOptionOverrun, "Malformed IPv6 hop-by-hop options", Layer::mpls},
+      {hbhTooLong, "Truncated IPv6 hop-by-hop header", Layer::mpls},
+      {udpPastIpEnd, "Truncated UDP header", Layer::ip},
+  };
+  for (const BadFrame &bad : cases) {
+    const Parsed p(bad.frame);
+    EXPECT_FALSE(p->valid()) << bad.reason;
+    EXPECT_STREQ(p->reason(), bad.reason);
+    EXPECT_EQ(p->parsedUpTo(), bad.reached) << bad.reason;
+    EXPECT_EQ(p->udpPayloadLength(), 0u) << bad.reason;
+    EXPECT_EQ(p->srcPort(), 0u) << bad.reason;
+  }
+}
+
+TEST(EthPktParserTest, ResultsBeforeTheFailedLayerStayUsable) {
+  const Parsed notUdp(with(labelledIpv4, 31, 6));
+  EXPECT_EQ(notUdp->labelStack().size(), 2u);
+  EXPECT_EQ(notUdp->dstIp().stringValue(), "127.0.0.1");
+
+  const Parsed notIp(hexBytes("001122334455 020000000001 0806 0001"));
+  EXPECT_FALSE(notIp->isIpv4() || notIp->isIpv6());
+  EXPECT_TRUE(!notIp->srcIp());
+  EXPECT_EQ(notIp->ipTtl(), 0);
+  EXPECT_EQ(notIp->ethSrc().stringValue(), "02:00:00:00:00:01");
+
+  const Parsed empty(std::vector<U8>{});
+  EXPECT_TRUE(!empty->ethDst());
+  EXPECT_EQ(EthPktParser(nullptr, 100).length(), 0u);
+}
+
+// Every layer boundary of every good frame, cut at each byte: frames cut
+// before the UDP payload fail with a reason, frames cut inside it parse with
+// the payload present, and none reads past its end.
+TEST(EthPktParserTest, EveryTruncationIsHandled) {
+  for (const std::vector<U8> *frame :
+       {&labelledIpv4, &plainIpv6, &labelledIpv6, &doubleTaggedIpv4}) {
+    const Parsed whole(*frame);
+    const U32 payloadOffset = whole->udpPayloadOffset();
+    for (std::size_t len = 0; len < frame->size(); ++len) {
+      const Parsed p(*frame, len);
+      if (len < payloadOffset) {
+        EXPECT_FALSE(p->valid()) << len;
+        EXPECT_STRNE(p->reason(), "") << len;
+        EXPECT_LT(p->parsedUpTo(), Layer::udp) << len;
+      } else {
+        ASSERT_TRUE(p->valid()) << len << ' ' << p->reason();
+        EXPECT_EQ(p->udpPayloadLength(), len - payloadOffset);
+      }
+    }
+  }
+}
+
+} // namespace
+} // namespace MplsUtils
