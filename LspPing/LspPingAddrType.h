@@ -22,9 +22,9 @@ inline constexpr Orv::EnumEntry lspPingAddrTypeNames[] = {
 
 } // namespace LspPing
 
-template <>
-struct Orv::EnumTraits<LspPing::LspPingAddrType> {
-  static constexpr EnumType type{"LspPing::LspPingAddrType", LspPing::lspPingAddrTypeNames};
+template <> struct Orv::EnumTraits<LspPing::LspPingAddrType> {
+  static constexpr EnumType type{"LspPing::LspPingAddrType",
+                                 LspPing::lspPingAddrTypeNames};
 };
 
 namespace LspPing {

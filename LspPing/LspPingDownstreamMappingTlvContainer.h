@@ -11,7 +11,7 @@ namespace LspPing {
 // and label stack view, not its own record sizes: the parser checks the full
 // sizes itself. Getters require a valid view.
 class LspPingDownstreamMappingTlvContainer : public Orv::Object {
- public:
+public:
   void tryCastToTlv(const U8 *bytes, U32 length);
 
   bool valid() const { return valid_; }
@@ -29,7 +29,7 @@ class LspPingDownstreamMappingTlvContainer : public Orv::Object {
   const LspPingDownstreamMappingIpv4Tlv *ipv4Tlv() const { return ipv4Tlv_; }
   const LspPingDownstreamMappingIpv6Tlv *ipv6Tlv() const { return ipv6Tlv_; }
 
- private:
+private:
   bool valid_ = false;
   const LspPingDownstreamMappingHdr *header_ = nullptr;
   const LspPingDownstreamMappingIpv4Tlv *ipv4Tlv_ = nullptr;

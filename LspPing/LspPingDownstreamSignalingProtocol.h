@@ -16,12 +16,9 @@ enum class LspPingDownstreamSignalingProtocol : U32 {
 };
 
 inline constexpr Orv::EnumEntry lspPingDownstreamSignalingProtocolNames[] = {
-    {"dsInfoSignalingProtocolUnknown", 0},
-    {"dsInfoSignalingProtocolStatic", 1},
-    {"dsInfoSignalingProtocolBgp", 2},
-    {"dsInfoSignalingProtocolLdp", 3},
-    {"dsInfoSignalingProtocolRsvpTe", 4},
-    {"dsInfoSignalingProtocolOspf", 5},
+    {"dsInfoSignalingProtocolUnknown", 0}, {"dsInfoSignalingProtocolStatic", 1},
+    {"dsInfoSignalingProtocolBgp", 2},     {"dsInfoSignalingProtocolLdp", 3},
+    {"dsInfoSignalingProtocolRsvpTe", 4},  {"dsInfoSignalingProtocolOspf", 5},
     {"dsInfoSignalingProtocolIsis", 6},
 };
 
@@ -29,15 +26,19 @@ inline constexpr Orv::EnumEntry lspPingDownstreamSignalingProtocolNames[] = {
 
 template <>
 struct Orv::EnumTraits<LspPing::LspPingDownstreamSignalingProtocol> {
-  static constexpr EnumType type{"LspPing::LspPingDownstreamSignalingProtocol", LspPing::lspPingDownstreamSignalingProtocolNames};
+  static constexpr EnumType type{
+      "LspPing::LspPingDownstreamSignalingProtocol",
+      LspPing::lspPingDownstreamSignalingProtocolNames};
 };
 
 namespace LspPing {
 
-inline LspPingDownstreamSignalingProtocol LspPingDownstreamSignalingProtocolInstance(U32 value) {
+inline LspPingDownstreamSignalingProtocol
+LspPingDownstreamSignalingProtocolInstance(U32 value) {
   return Orv::enumInstance<LspPingDownstreamSignalingProtocol>(value);
 }
-inline LspPingDownstreamSignalingProtocol LspPingDownstreamSignalingProtocolInstance(std::string_view name) {
+inline LspPingDownstreamSignalingProtocol
+LspPingDownstreamSignalingProtocolInstance(std::string_view name) {
   return Orv::enumInstance<LspPingDownstreamSignalingProtocol>(name);
 }
 

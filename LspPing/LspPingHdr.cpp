@@ -102,7 +102,9 @@ std::string LspPingSrIpv6SubTlv::stringValue() const {
          decimal(prefixLen) + "' )";
 }
 
-bool LspPingNilFecSubTlv::valid() const { return type() == 16 && length() == 4; }
+bool LspPingNilFecSubTlv::valid() const {
+  return type() == 16 && length() == 4;
+}
 
 std::string LspPingNilFecSubTlv::stringValue() const {
   if (!valid()) {
@@ -169,7 +171,9 @@ std::string LspPingOpaqueValGenSubTlv::stringValue() const {
   return "OpaqueValGenSubTlv( lspId: " + decimal(lspId.value()) + " )";
 }
 
-bool LspPingEchoJitterTlv::valid() const { return type() == 12 && length() == 4; }
+bool LspPingEchoJitterTlv::valid() const {
+  return type() == 12 && length() == 4;
+}
 
 std::string LspPingEchoJitterTlv::stringValue() const {
   if (!valid()) {

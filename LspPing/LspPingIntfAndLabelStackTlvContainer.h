@@ -10,7 +10,7 @@ namespace LspPing {
 // address type. Getters require a valid view: calling one otherwise is a
 // programming error.
 class LspPingIntfAndLabelStackTlvContainer : public Orv::Object {
- public:
+public:
   // Points the view at `length` value bytes; valid for numbered IPv4 (at
   // least 12 bytes), unnumbered IPv4 (12) and numbered IPv6 (36) only.
   void tryCastToTlv(const U8 *bytes, U32 length);
@@ -25,7 +25,7 @@ class LspPingIntfAndLabelStackTlvContainer : public Orv::Object {
   const LspPingIntfAndLabelStackIpv4Tlv *ipv4Tlv() const { return ipv4Tlv_; }
   const LspPingIntfAndLabelStackIpv6Tlv *ipv6Tlv() const { return ipv6Tlv_; }
 
- private:
+private:
   bool valid_ = false;
   const LspPingIntfAndLabelStackHdr *header_ = nullptr;
   const LspPingIntfAndLabelStackIpv4Tlv *ipv4Tlv_ = nullptr;

@@ -17,9 +17,9 @@ inline constexpr Orv::EnumEntry lspPingModeNames[] = {
 
 } // namespace LspPing
 
-template <>
-struct Orv::EnumTraits<LspPing::LspPingMode> {
-  static constexpr EnumType type{"LspPing::LspPingMode", LspPing::lspPingModeNames};
+template <> struct Orv::EnumTraits<LspPing::LspPingMode> {
+  static constexpr EnumType type{"LspPing::LspPingMode",
+                                 LspPing::lspPingModeNames};
 };
 
 namespace LspPing {

@@ -17,9 +17,9 @@ inline constexpr Orv::EnumEntry lspPingMsgTypeNames[] = {
 
 } // namespace LspPing
 
-template <>
-struct Orv::EnumTraits<LspPing::LspPingMsgType> {
-  static constexpr EnumType type{"LspPing::LspPingMsgType", LspPing::lspPingMsgTypeNames};
+template <> struct Orv::EnumTraits<LspPing::LspPingMsgType> {
+  static constexpr EnumType type{"LspPing::LspPingMsgType",
+                                 LspPing::lspPingMsgTypeNames};
 };
 
 namespace LspPing {

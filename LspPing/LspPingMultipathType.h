@@ -23,9 +23,9 @@ inline constexpr Orv::EnumEntry lspPingMultipathTypeNames[] = {
 
 } // namespace LspPing
 
-template <>
-struct Orv::EnumTraits<LspPing::LspPingMultipathType> {
-  static constexpr EnumType type{"LspPing::LspPingMultipathType", LspPing::lspPingMultipathTypeNames};
+template <> struct Orv::EnumTraits<LspPing::LspPingMultipathType> {
+  static constexpr EnumType type{"LspPing::LspPingMultipathType",
+                                 LspPing::lspPingMultipathTypeNames};
 };
 
 namespace LspPing {
@@ -33,7 +33,8 @@ namespace LspPing {
 inline LspPingMultipathType LspPingMultipathTypeInstance(U32 value) {
   return Orv::enumInstance<LspPingMultipathType>(value);
 }
-inline LspPingMultipathType LspPingMultipathTypeInstance(std::string_view name) {
+inline LspPingMultipathType
+LspPingMultipathTypeInstance(std::string_view name) {
   return Orv::enumInstance<LspPingMultipathType>(name);
 }
 

@@ -13,7 +13,7 @@ namespace LspPing {
 // Parses one received echo message: the echo header at `offset`, then the
 // TLVs behind it up to the end of the packet's data.
 class LspPingPduParser : public Orv::Entity {
- public:
+public:
   LspPingPduParser(Orv::Ptr<Wirx::Pkt> pkt, U32 offset);
 
   const Orv::Ptr<Wirx::Pkt> &pkt() const { return pkt_; }
@@ -36,7 +36,7 @@ class LspPingPduParser : public Orv::Entity {
   // Setting it runs the parse.
   void initializedIs(bool initialized);
 
- private:
+private:
   void parse();
   void fault(const std::string &reason);
   bool hasOnlySupportedTlvs() const;

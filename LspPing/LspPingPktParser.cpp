@@ -127,7 +127,8 @@ void LspPingPduParser::parse() {
     fault("LspPingHdr is corrupted");
     return;
   }
-  const auto *hdr = reinterpret_cast<const LspPingHdr *>(pkt_->data() + offset_);
+  const auto *hdr =
+      reinterpret_cast<const LspPingHdr *>(pkt_->data() + offset_);
   if (!hdr->valid()) {
     fault("Invalid lspPingHdr");
     return;

@@ -8,9 +8,8 @@ namespace LspPing {
 
 // Locates one wire record in a packet and nothing more: validation is the
 // record's own valid(). The family of small parsers differs only in Record.
-template <class Record>
-class LspPingRecordParser : public Orv::Entity {
- public:
+template <class Record> class LspPingRecordParser : public Orv::Entity {
+public:
   LspPingRecordParser(Orv::Ptr<Wirx::Pkt> pkt, U32 offset)
       : pkt_(std::move(pkt)), offset_(offset) {
     initialized_ = true;
@@ -29,7 +28,7 @@ class LspPingRecordParser : public Orv::Entity {
     header_ = reinterpret_cast<const Record *>(pkt_->data() + offset_);
   }
 
- private:
+private:
   Orv::Ptr<Wirx::Pkt> pkt_;
   U32 offset_;
   const Record *header_ = nullptr;

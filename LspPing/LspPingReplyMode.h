@@ -21,9 +21,9 @@ inline constexpr Orv::EnumEntry lspPingReplyModeNames[] = {
 
 } // namespace LspPing
 
-template <>
-struct Orv::EnumTraits<LspPing::LspPingReplyMode> {
-  static constexpr EnumType type{"LspPing::LspPingReplyMode", LspPing::lspPingReplyModeNames};
+template <> struct Orv::EnumTraits<LspPing::LspPingReplyMode> {
+  static constexpr EnumType type{"LspPing::LspPingReplyMode",
+                                 LspPing::lspPingReplyModeNames};
 };
 
 namespace LspPing {

@@ -42,9 +42,9 @@ inline constexpr Orv::EnumEntry lspPingReturnCodeNames[] = {
 
 } // namespace LspPing
 
-template <>
-struct Orv::EnumTraits<LspPing::LspPingReturnCode> {
-  static constexpr EnumType type{"LspPing::LspPingReturnCode", LspPing::lspPingReturnCodeNames};
+template <> struct Orv::EnumTraits<LspPing::LspPingReturnCode> {
+  static constexpr EnumType type{"LspPing::LspPingReturnCode",
+                                 LspPing::lspPingReturnCodeNames};
 };
 
 namespace LspPing {

@@ -17,9 +17,9 @@ inline constexpr Orv::EnumEntry lspPingSrIgpProtocolNames[] = {
 
 } // namespace LspPing
 
-template <>
-struct Orv::EnumTraits<LspPing::LspPingSrIgpProtocol> {
-  static constexpr EnumType type{"LspPing::LspPingSrIgpProtocol", LspPing::lspPingSrIgpProtocolNames};
+template <> struct Orv::EnumTraits<LspPing::LspPingSrIgpProtocol> {
+  static constexpr EnumType type{"LspPing::LspPingSrIgpProtocol",
+                                 LspPing::lspPingSrIgpProtocolNames};
 };
 
 namespace LspPing {
@@ -27,7 +27,8 @@ namespace LspPing {
 inline LspPingSrIgpProtocol LspPingSrIgpProtocolInstance(U32 value) {
   return Orv::enumInstance<LspPingSrIgpProtocol>(value);
 }
-inline LspPingSrIgpProtocol LspPingSrIgpProtocolInstance(std::string_view name) {
+inline LspPingSrIgpProtocol
+LspPingSrIgpProtocolInstance(std::string_view name) {
   return Orv::enumInstance<LspPingSrIgpProtocol>(name);
 }
 

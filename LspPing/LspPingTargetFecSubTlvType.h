@@ -29,39 +29,32 @@ enum class LspPingTargetFecSubTlvType : U32 {
 };
 
 inline constexpr Orv::EnumEntry lspPingTargetFecSubTlvTypeNames[] = {
-    {"LDPIpv4", 1},
-    {"LDPIpv6", 2},
-    {"RSVPIpv4Lsp", 3},
-    {"RSVPIpv6Lsp", 4},
-    {"NotAssigned", 5},
-    {"VPNIpv4", 6},
-    {"VPNIpv6", 7},
-    {"L2VPNEndpoint", 8},
-    {"FEC128Pseudowire", 10},
-    {"FEC129Pseudowire", 11},
-    {"BGPLabeledIpv4", 12},
-    {"BGPLabeledIpv6", 13},
-    {"GenericIpv4", 14},
-    {"GenericIpv6", 15},
-    {"NilFec", 16},
-    {"SRIpv4", 0x7C00},
-    {"SRIpv6", 35},
-    {"SRIpv6Deprecated", 0x7C01},
+    {"LDPIpv4", 1},           {"LDPIpv6", 2},
+    {"RSVPIpv4Lsp", 3},       {"RSVPIpv6Lsp", 4},
+    {"NotAssigned", 5},       {"VPNIpv4", 6},
+    {"VPNIpv6", 7},           {"L2VPNEndpoint", 8},
+    {"FEC128Pseudowire", 10}, {"FEC129Pseudowire", 11},
+    {"BGPLabeledIpv4", 12},   {"BGPLabeledIpv6", 13},
+    {"GenericIpv4", 14},      {"GenericIpv6", 15},
+    {"NilFec", 16},           {"SRIpv4", 0x7C00},
+    {"SRIpv6", 35},           {"SRIpv6Deprecated", 0x7C01},
 };
 
 } // namespace LspPing
 
-template <>
-struct Orv::EnumTraits<LspPing::LspPingTargetFecSubTlvType> {
-  static constexpr EnumType type{"LspPing::LspPingTargetFecSubTlvType", LspPing::lspPingTargetFecSubTlvTypeNames};
+template <> struct Orv::EnumTraits<LspPing::LspPingTargetFecSubTlvType> {
+  static constexpr EnumType type{"LspPing::LspPingTargetFecSubTlvType",
+                                 LspPing::lspPingTargetFecSubTlvTypeNames};
 };
 
 namespace LspPing {
 
-inline LspPingTargetFecSubTlvType LspPingTargetFecSubTlvTypeInstance(U32 value) {
+inline LspPingTargetFecSubTlvType
+LspPingTargetFecSubTlvTypeInstance(U32 value) {
   return Orv::enumInstance<LspPingTargetFecSubTlvType>(value);
 }
-inline LspPingTargetFecSubTlvType LspPingTargetFecSubTlvTypeInstance(std::string_view name) {
+inline LspPingTargetFecSubTlvType
+LspPingTargetFecSubTlvTypeInstance(std::string_view name) {
   return Orv::enumInstance<LspPingTargetFecSubTlvType>(name);
 }
 

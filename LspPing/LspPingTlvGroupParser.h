@@ -13,7 +13,7 @@ namespace LspPing {
 // a Target FEC Stack), checks that each fits, and indexes them by position
 // and by type. Only offsets into the packet are kept.
 class LspPingTlvGroupParser : public Orv::Entity {
- public:
+public:
   LspPingTlvGroupParser(Orv::Ptr<Wirx::Pkt> pkt, U32 offset, U32 size);
 
   const Orv::Ptr<Wirx::Pkt> &pkt() const { return pkt_; }
@@ -30,7 +30,7 @@ class LspPingTlvGroupParser : public Orv::Entity {
   // Walks the group; on a fault sets `reason` and leaves what was indexed.
   void parseTlvGroup();
 
- private:
+private:
   void fault(const std::string &reason);
   void tlvIndexIs(U16 type, U32 position);
 

@@ -20,23 +20,17 @@ enum class LspPingTlvType : U32 {
 };
 
 inline constexpr Orv::EnumEntry lspPingTlvTypeNames[] = {
-    {"TargetFecStack", 1},
-    {"DownstreamMapping", 2},
-    {"Pad", 3},
-    {"NotAssigned4", 4},
-    {"VendorEnterpriseNum", 5},
-    {"NotAssigned6", 6},
-    {"IntfAndLabelStack", 7},
-    {"NotAssigned8", 8},
-    {"ErrorTlv", 9},
+    {"TargetFecStack", 1},    {"DownstreamMapping", 2},   {"Pad", 3},
+    {"NotAssigned4", 4},      {"VendorEnterpriseNum", 5}, {"NotAssigned6", 6},
+    {"IntfAndLabelStack", 7}, {"NotAssigned8", 8},        {"ErrorTlv", 9},
     {"ReplyTosByte", 10},
 };
 
 } // namespace LspPing
 
-template <>
-struct Orv::EnumTraits<LspPing::LspPingTlvType> {
-  static constexpr EnumType type{"LspPing::LspPingTlvType", LspPing::lspPingTlvTypeNames};
+template <> struct Orv::EnumTraits<LspPing::LspPingTlvType> {
+  static constexpr EnumType type{"LspPing::LspPingTlvType",
+                                 LspPing::lspPingTlvTypeNames};
 };
 
 namespace LspPing {

@@ -17,21 +17,16 @@ enum class LspPingTunnelType : U32 {
 };
 
 inline constexpr Orv::EnumEntry lspPingTunnelTypeNames[] = {
-    {"tunnelUnknown", 0},
-    {"tunnelModeRaw", 1},
-    {"tunnelStaticConfig", 2},
-    {"tunnelLdpIpv4", 3},
-    {"tunnelRsvpIpv4", 4},
-    {"tunnelSrIpv4", 5},
-    {"tunnelSrIpv6", 6},
-    {"tunnelPwLdp", 7},
+    {"tunnelUnknown", 0}, {"tunnelModeRaw", 1},  {"tunnelStaticConfig", 2},
+    {"tunnelLdpIpv4", 3}, {"tunnelRsvpIpv4", 4}, {"tunnelSrIpv4", 5},
+    {"tunnelSrIpv6", 6},  {"tunnelPwLdp", 7},
 };
 
 } // namespace LspPing
 
-template <>
-struct Orv::EnumTraits<LspPing::LspPingTunnelType> {
-  static constexpr EnumType type{"LspPing::LspPingTunnelType", LspPing::lspPingTunnelTypeNames};
+template <> struct Orv::EnumTraits<LspPing::LspPingTunnelType> {
+  static constexpr EnumType type{"LspPing::LspPingTunnelType",
+                                 LspPing::lspPingTunnelTypeNames};
 };
 
 namespace LspPing {

@@ -31,7 +31,8 @@ const Orv::EnumRegistration<LspPingDownstreamMappingTlvIpAndIntfLen> dsLen;
 const Orv::EnumRegistration<LspPingSrIgpProtocol> srIgpProtocol;
 const Orv::EnumRegistration<LspPingTunnelType> tunnelType;
 const Orv::EnumRegistration<LspPingMode> mode;
-const Orv::EnumRegistration<LspPingDownstreamSignalingProtocol> signalingProtocol;
+const Orv::EnumRegistration<LspPingDownstreamSignalingProtocol>
+    signalingProtocol;
 
 } // namespace
 

@@ -7,7 +7,7 @@ namespace LspPing {
 
 // The packet offsets of every TLV of one type in a group, in the order met.
 class TlvTypeOffsetColl {
- public:
+public:
   TlvTypeOffsetColl() = default;
   explicit TlvTypeOffsetColl(U16 type) : type_(type) {}
 
@@ -16,7 +16,7 @@ class TlvTypeOffsetColl {
   U32 offset(U32 index) const { return offset_[index]; }
   void offsetIs(U32 offset) { offset_.push_back(offset); }
 
- private:
+private:
   U16 type_ = 0;
   Orv::SmallVec<U32, 2> offset_;
 };

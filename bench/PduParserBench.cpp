@@ -22,8 +22,8 @@ void parseRequest(benchmark::State &state) {
     parser->initializedIs(true);
     benchmark::DoNotOptimize(parser->valid());
   }
-  state.counters["frames_per_s"] =
-      benchmark::Counter(double(state.iterations()), benchmark::Counter::kIsRate);
+  state.counters["frames_per_s"] = benchmark::Counter(
+      double(state.iterations()), benchmark::Counter::kIsRate);
 }
 BENCHMARK(parseRequest);
 

@@ -8,7 +8,8 @@
   ((expr) ? static_cast<void>(0)                                               \
           : ::Orv::assertionFailed(text, __FILE__, __LINE__,                   \
                                    __PRETTY_FUNCTION__))
-#define ORV_ASSERT(...) ORV_ASSERT_EXPANDED((__VA_ARGS__), ORV_ASSERT_TEXT(__VA_ARGS__))
+#define ORV_ASSERT(...)                                                        \
+  ORV_ASSERT_EXPANDED((__VA_ARGS__), ORV_ASSERT_TEXT(__VA_ARGS__))
 
 namespace Orv {
 

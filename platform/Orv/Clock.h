@@ -4,20 +4,20 @@ namespace Orv {
 
 // Source of the current time in seconds since 1970 as a double.
 class Clock {
- public:
+public:
   virtual ~Clock() = default;
   virtual double now() const = 0;
 };
 
 // A clock that stands still until told otherwise; tests install it.
 class VirtualClock : public Clock {
- public:
+public:
   explicit VirtualClock(double start = 0.0) : now_(start) {}
   double now() const override { return now_; }
   void nowIs(double t) { now_ = t; }
   void advance(double seconds) { now_ += seconds; }
 
- private:
+private:
   double now_;
 };
 

@@ -8,9 +8,8 @@ namespace Orv {
 
 // A keyed collection attribute of an entity. Every key added, changed or
 // removed notifies the owner's watchers with that key.
-template <class K, class V>
-class Coll {
- public:
+template <class K, class V> class Coll {
+public:
   using Map = std::map<K, V>;
   using const_iterator = typename Map::const_iterator;
 
@@ -59,7 +58,7 @@ class Coll {
     }
   }
 
- private:
+private:
   const Entity &owner_;
   CollAttr<K> attr_;
   Map map_;

@@ -32,9 +32,9 @@ void Entity::notify(AttrId attr, const void *key) const {
   }
 }
 
-Entity::Watch *Entity::addWatch(
-    Reactor *reactor, AttrId attr, bool anyAttr,
-    std::function<void(AttrId, const void *)> callback) const {
+Entity::Watch *
+Entity::addWatch(Reactor *reactor, AttrId attr, bool anyAttr,
+                 std::function<void(AttrId, const void *)> callback) const {
   watches_.push_back(std::make_unique<Watch>(
       Watch{this, reactor, attr, anyAttr, std::move(callback)}));
   return watches_.back().get();
@@ -72,8 +72,6 @@ void Reactor::unwatch(const Entity &entity) {
   });
 }
 
-void Reactor::forget(Entity::Watch *watch) {
-  std::erase(watches_, watch);
-}
+void Reactor::forget(Entity::Watch *watch) { std::erase(watches_, watch); }
 
 } // namespace Orv

@@ -13,14 +13,8 @@ using AttrId = U16;
 // Typed names of an entity's attributes, so that a reactor's callback gets
 // the right argument: a plain attribute notifies with nothing, a keyed
 // collection with the key that was added, changed or removed.
-template <class T>
-struct Attr {
-  AttrId id;
-};
-template <class K>
-struct CollAttr {
-  AttrId id;
-};
+template <class T> struct Attr { AttrId id; };
+template <class K> struct CollAttr { AttrId id; };
 
 class Reactor;
 
@@ -28,17 +22,16 @@ class Reactor;
 // notifies the entity's watchers synchronously; one that stores an equal value
 // does not.
 class Entity : public Object {
- public:
+public:
   ~Entity() override;
 
   // The parent that owns this entity (a collection's owner), if any.
   const Entity *parent() const { return parent_; }
   void parentIs(const Entity *parent) { parent_ = parent; }
 
- protected:
+protected:
   void notify(AttrId attr) const { notify(attr, nullptr); }
-  template <class K>
-  void notify(CollAttr<K> attr, const K &key) const {
+  template <class K> void notify(CollAttr<K> attr, const K &key) const {
     notify(attr.id, &key);
   }
 
@@ -53,14 +46,13 @@ class Entity : public Object {
     return true;
   }
 
- private:
+private:
   friend class Reactor;
-  template <class K, class V>
-  friend class Coll;
+  template <class K, class V> friend class Coll;
 
   struct Watch {
     const Entity *entity;
-    Reactor *reactor;  // null once the reactor is gone
+    Reactor *reactor; // null once the reactor is gone
     AttrId attr;
     bool anyAttr;
     std::function<void(AttrId, const void *)> callback;

@@ -27,14 +27,16 @@ std::optional<U32> EnumType::valueOf(std::string_view text) const {
     }
   }
   const std::string_view prefix = shortName();
-  if (text.size() < prefix.size() + 3 || text.substr(0, prefix.size()) != prefix ||
-      text[prefix.size()] != '(' || text.back() != ')') {
+  if (text.size() < prefix.size() + 3 ||
+      text.substr(0, prefix.size()) != prefix || text[prefix.size()] != '(' ||
+      text.back() != ')') {
     return std::nullopt;
   }
   const std::string_view digits =
       text.substr(prefix.size() + 1, text.size() - prefix.size() - 2);
   U32 value = 0;
-  auto [end, ec] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+  auto [end, ec] =
+      std::from_chars(digits.data(), digits.data() + digits.size(), value);
   if (ec != std::errc() || end != digits.data() + digits.size()) {
     return std::nullopt;
   }

@@ -21,7 +21,7 @@ struct EnumEntry {
 // ordered (name, value) table. Values without a name are legal; their text is
 // "<ShortTypeName>(<number>)", which reads back to the same value.
 class EnumType {
- public:
+public:
   constexpr EnumType(std::string_view fullName,
                      std::span<const EnumEntry> entries)
       : fullName_(fullName), entries_(entries) {}
@@ -35,22 +35,20 @@ class EnumType {
   std::optional<U32> valueOf(std::string_view text) const;
   std::string text(U32 value) const;
 
- private:
+private:
   std::string_view fullName_;
   std::span<const EnumEntry> entries_;
 };
 
 // Specialised per enumeration: `static constexpr EnumType type{...};`.
-template <class E>
-struct EnumTraits;
+template <class E> struct EnumTraits;
 
 template <class E>
 concept RegisteredEnum = std::is_enum_v<E> && requires {
   { EnumTraits<E>::type } -> std::convertible_to<const EnumType &>;
 };
 
-template <RegisteredEnum E>
-std::string stringValue(E value) {
+template <RegisteredEnum E> std::string stringValue(E value) {
   return EnumTraits<E>::type.text(static_cast<U32>(value));
 }
 
@@ -59,14 +57,12 @@ std::ostream &operator<<(std::ostream &os, E value) {
   return os << stringValue(value);
 }
 
-template <RegisteredEnum E>
-E enumInstance(U32 value) {
+template <RegisteredEnum E> E enumInstance(U32 value) {
   return static_cast<E>(value);
 }
 
 // Raises RangeError for a text that names no value of the enumeration.
-template <RegisteredEnum E>
-E enumInstance(std::string_view text) {
+template <RegisteredEnum E> E enumInstance(std::string_view text) {
   const EnumType &type = EnumTraits<E>::type;
   if (auto value = type.valueOf(text)) {
     return static_cast<E>(*value);
@@ -81,8 +77,7 @@ void enumTypeIs(const EnumType &type);
 const EnumType *enumType(std::string_view fullName);
 
 // Registers E once when a static of this type is constructed.
-template <RegisteredEnum E>
-struct EnumRegistration {
+template <RegisteredEnum E> struct EnumRegistration {
   EnumRegistration() { enumTypeIs(EnumTraits<E>::type); }
 };
 

@@ -9,7 +9,7 @@ namespace Orv {
 
 // The name of a named entity.
 class Name {
- public:
+public:
   Name() = default;
   Name(std::string_view text) : text_(text) {}
   Name(const char *text) : text_(text) {}
@@ -21,7 +21,7 @@ class Name {
     return os << n.text_;
   }
 
- private:
+private:
   std::string text_;
 };
 

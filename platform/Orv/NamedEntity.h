@@ -7,11 +7,11 @@ namespace Orv {
 
 // An entity known by a name, as the hosting agent mounts it.
 class NamedEntity : public Entity {
- public:
+public:
   explicit NamedEntity(const Name &name) : name_(name) {}
   const Name &name() const { return name_; }
 
- private:
+private:
   Name name_;
 };
 

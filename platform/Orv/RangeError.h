@@ -9,7 +9,7 @@ namespace Orv {
 // The text names the bound, for example
 // "MplsLabel::value < MplsLabel::min or > MplsLabel::luWithdraw not allowed".
 class RangeError : public std::out_of_range {
- public:
+public:
   explicit RangeError(const std::string &text) : std::out_of_range(text) {}
 };
 

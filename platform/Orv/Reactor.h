@@ -11,7 +11,7 @@ namespace Orv {
 // synchronously when they change. Destroying a reactor, or one of the
 // entities it watches, at any time (even inside a notification) is safe.
 class Reactor {
- public:
+public:
   Reactor() = default;
   Reactor(const Reactor &) = delete;
   Reactor &operator=(const Reactor &) = delete;
@@ -34,8 +34,7 @@ class Reactor {
   }
 
   // Calls `fn(attr)` for a change of any attribute of `entity`.
-  template <class F>
-  void watchAll(const Entity &entity, F fn) {
+  template <class F> void watchAll(const Entity &entity, F fn) {
     add(entity, 0, true,
         [fn = std::move(fn)](AttrId attr, const void *) { fn(attr); });
   }
@@ -43,7 +42,7 @@ class Reactor {
   // Stops watching `entity`.
   void unwatch(const Entity &entity);
 
- private:
+private:
   friend class Entity;
   void add(const Entity &entity, AttrId attr, bool anyAttr,
            std::function<void(AttrId, const void *)> callback);

@@ -10,9 +10,8 @@ namespace Orv {
 
 // A growable array whose first N elements live inline, so that the common
 // small case (a packet's handful of TLVs) never calls the allocator.
-template <class T, std::size_t N>
-class SmallVec {
- public:
+template <class T, std::size_t N> class SmallVec {
+public:
   std::size_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
 
@@ -39,7 +38,7 @@ class SmallVec {
     overflow_.clear();
   }
 
- private:
+private:
   std::array<T, N> inline_{};
   std::vector<T> overflow_;
   std::size_t size_ = 0;

@@ -43,7 +43,7 @@ bool TextReader::quoted(std::string &out) {
 bool TextReader::token(std::string_view &out) {
   skipBlanks();
   std::size_t end = pos_;
-  int depth = 0;  // an unnamed enum value reads "Type(7)"
+  int depth = 0; // an unnamed enum value reads "Type(7)"
   for (; end < text_.size(); ++end) {
     const char c = text_[end];
     if (c == '(') {

@@ -10,7 +10,7 @@ namespace Orv {
 // A cursor over a value's text form. Every read skips leading blanks and
 // returns false, consuming nothing useful, when the text does not fit.
 class TextReader {
- public:
+public:
   explicit TextReader(std::string_view text) : text_(text) {}
 
   bool literal(std::string_view expected);
@@ -21,7 +21,7 @@ class TextReader {
   // True when only blanks remain.
   bool atEnd();
 
- private:
+private:
   void skipBlanks();
   std::string_view text_;
   std::size_t pos_ = 0;

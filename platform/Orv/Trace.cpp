@@ -23,7 +23,8 @@ TraceRegistry &registry() {
 
 bool matches(std::string_view pattern, std::string_view name) {
   if (!pattern.empty() && pattern.back() == '*') {
-    return name.substr(0, pattern.size() - 1) == pattern.substr(0, pattern.size() - 1);
+    return name.substr(0, pattern.size() - 1) ==
+           pattern.substr(0, pattern.size() - 1);
   }
   return pattern == name;
 }

@@ -8,7 +8,7 @@ namespace Orv {
 
 // Receives every trace line that passes its source's level.
 class TraceSink {
- public:
+public:
   virtual ~TraceSink() = default;
   virtual void write(std::string_view source, int level,
                      std::string_view text) = 0;
@@ -16,7 +16,7 @@ class TraceSink {
 
 // Writes "<source>[<level>] <text>" lines to standard error.
 class StderrTraceSink : public TraceSink {
- public:
+public:
   void write(std::string_view source, int level,
              std::string_view text) override;
 };
@@ -25,7 +25,7 @@ class StderrTraceSink : public TraceSink {
 // important) to 9 (per-packet detail); a source is silent until the hosting
 // program enables it up to some level. Sources are long-lived statics.
 class TraceSource {
- public:
+public:
   explicit TraceSource(std::string_view name);
   ~TraceSource();
   TraceSource(const TraceSource &) = delete;
@@ -35,14 +35,13 @@ class TraceSource {
   bool enabled(int level) const { return level <= level_; }
   void levelIs(int level) { level_ = level; }
 
-  template <class... Parts>
-  void emit(int level, const Parts &...parts) const {
+  template <class... Parts> void emit(int level, const Parts &...parts) const {
     std::ostringstream text;
     (text << ... << parts);
     write(level, text.str());
   }
 
- private:
+private:
   void write(int level, const std::string &text) const;
   std::string name_;
   int level_ = -1;

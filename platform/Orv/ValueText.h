@@ -14,13 +14,11 @@
 namespace Orv {
 
 // One field of a value type's field list: its name and its member.
-template <class C, class T>
-struct Field {
+template <class C, class T> struct Field {
   std::string_view name;
   T C::*member;
 };
-template <class C, class T>
-Field(std::string_view, T C::*) -> Field<C, T>;
+template <class C, class T> Field(std::string_view, T C::*) -> Field<C, T>;
 
 // A value type names itself and lists its fields in declaration order:
 //   static constexpr std::string_view valueTypeName = "Ns::Type";
@@ -42,8 +40,7 @@ concept StringValued = requires(const T &v, std::string_view s) {
 };
 
 // How one kind of field is printed and read back.
-template <class T>
-struct TextForm;
+template <class T> struct TextForm;
 
 inline void printQuoted(std::ostream &os, std::string_view text) {
   os << '\'';
@@ -56,8 +53,7 @@ inline void printQuoted(std::ostream &os, std::string_view text) {
   os << '\'';
 }
 
-template <>
-struct TextForm<bool> {
+template <> struct TextForm<bool> {
   static void print(std::ostream &os, bool v) { os << (v ? "True" : "False"); }
   static bool read(TextReader &in, bool &v) {
     if (in.literal("True")) {
@@ -73,8 +69,7 @@ struct TextForm<bool> {
 };
 
 template <class T>
-  requires(std::integral<T> && !std::same_as<T, bool>)
-struct TextForm<T> {
+requires(std::integral<T> && !std::same_as<T, bool>) struct TextForm<T> {
   static void print(std::ostream &os, T v) {
     if constexpr (std::is_signed_v<T>) {
       os << static_cast<S64>(v);
@@ -92,8 +87,7 @@ struct TextForm<T> {
   }
 };
 
-template <std::floating_point T>
-struct TextForm<T> {
+template <std::floating_point T> struct TextForm<T> {
   static void print(std::ostream &os, T v) {
     std::ostringstream text;
     text.precision(17);
@@ -110,14 +104,14 @@ struct TextForm<T> {
   }
 };
 
-template <>
-struct TextForm<std::string> {
-  static void print(std::ostream &os, const std::string &v) { printQuoted(os, v); }
+template <> struct TextForm<std::string> {
+  static void print(std::ostream &os, const std::string &v) {
+    printQuoted(os, v);
+  }
   static bool read(TextReader &in, std::string &v) { return in.quoted(v); }
 };
 
-template <RegisteredEnum T>
-struct TextForm<T> {
+template <RegisteredEnum T> struct TextForm<T> {
   static void print(std::ostream &os, T v) { os << stringValue(v); }
   static bool read(TextReader &in, T &v) {
     std::string_view text;
@@ -133,9 +127,10 @@ struct TextForm<T> {
   }
 };
 
-template <StringValued T>
-struct TextForm<T> {
-  static void print(std::ostream &os, const T &v) { printQuoted(os, v.stringValue()); }
+template <StringValued T> struct TextForm<T> {
+  static void print(std::ostream &os, const T &v) {
+    printQuoted(os, v.stringValue());
+  }
   static bool read(TextReader &in, T &v) {
     std::string text;
     if (!in.quoted(text)) {
@@ -150,8 +145,7 @@ struct TextForm<T> {
   }
 };
 
-template <ValueType T>
-struct TextForm<T> {
+template <ValueType T> struct TextForm<T> {
   static void print(std::ostream &os, const T &v) {
     os << "Value(";
     printQuoted(os, T::valueTypeName);
@@ -187,9 +181,8 @@ struct TextForm<T> {
     return in.literal("}") && in.literal(")");
   }
 
- private:
-  template <class F>
-  static void printField(std::ostream &os, const F &field) {
+private:
+  template <class F> static void printField(std::ostream &os, const F &field) {
     TextForm<F>::print(os, field);
   }
   static bool readField(TextReader &in, T &v, std::string_view name) {
@@ -199,8 +192,9 @@ struct TextForm<T> {
         [&](const auto &...field) {
           ((!found && field.name == name
                 ? (found = true,
-                   ok = TextForm<std::remove_cvref_t<decltype(v.*(field.member))>>::read(
-                       in, v.*(field.member)))
+                   ok = TextForm<std::remove_cvref_t<
+                       decltype(v.*(field.member))>>::read(in,
+                                                           v.*(field.member)))
                 : false),
            ...);
         },
@@ -210,8 +204,7 @@ struct TextForm<T> {
 };
 
 // The one-line text form of any value with a TextForm.
-template <class T>
-std::string valueText(const T &value) {
+template <class T> std::string valueText(const T &value) {
   std::ostringstream os;
   TextForm<T>::print(os, value);
   return os.str();
@@ -219,8 +212,7 @@ std::string valueText(const T &value) {
 
 // Reads a value back from its text form; nullopt for any text that does not
 // fit the type exactly.
-template <class T>
-std::optional<T> valueFromText(std::string_view text) {
+template <class T> std::optional<T> valueFromText(std::string_view text) {
   TextReader in(text);
   T value{};
   if (!TextForm<T>::read(in, value) || !in.atEnd()) {

@@ -35,7 +35,8 @@ TEST(LspPingEnum, GapsHaveNoName) {
   EXPECT_EQ(stringValue(LspPingTargetFecSubTlvTypeInstance(9)),
             "LspPingTargetFecSubTlvType(9)");
   for (U32 gap : {1u, 3u, 5u, 6u, 7u}) {
-    EXPECT_TRUE(Orv::EnumTraits<LspPingMultipathType>::type.nameOf(gap).empty());
+    EXPECT_TRUE(
+        Orv::EnumTraits<LspPingMultipathType>::type.nameOf(gap).empty());
   }
   EXPECT_TRUE(Orv::EnumTraits<LspPingAddrType>::type.nameOf(0).empty());
   EXPECT_EQ(LspPingAddrTypeInstance("LspPingAddrType(0)"), LspPingAddrType(0));
@@ -43,7 +44,8 @@ TEST(LspPingEnum, GapsHaveNoName) {
 }
 
 TEST(LspPingEnum, EveryEnumerationIsRegisteredInTableOrder) {
-  const Orv::EnumType *type = Orv::enumType("LspPing::LspPingTargetFecSubTlvType");
+  const Orv::EnumType *type =
+      Orv::enumType("LspPing::LspPingTargetFecSubTlvType");
   ASSERT_NE(type, nullptr);
   ASSERT_EQ(type->entries().size(), 18u);
   EXPECT_EQ(type->entries()[8].name, "FEC128Pseudowire");
@@ -55,7 +57,8 @@ TEST(LspPingEnum, EveryEnumerationIsRegisteredInTableOrder) {
         "LspPing::LspPingIntfAndLabelStackTlvIpAndIntfLen",
         "LspPing::LspPingDownstreamMappingTlvIpAndIntfLen",
         "LspPing::LspPingSrIgpProtocol", "LspPing::LspPingTunnelType",
-        "LspPing::LspPingMode", "LspPing::LspPingDownstreamSignalingProtocol"}) {
+        "LspPing::LspPingMode",
+        "LspPing::LspPingDownstreamSignalingProtocol"}) {
     EXPECT_NE(Orv::enumType(name), nullptr) << name;
   }
 }

@@ -49,9 +49,12 @@ TEST(LspPingHdrRecord, ReadsFieldsInHostOrder) {
 }
 
 TEST(LspPingHdrRecord, VersionAndMessageTypeDecideValidity) {
-  for (auto [version, msgType, valid] :
-       {std::tuple{1, 1, true}, {2, 2, true}, {3, 1, false}, {0, 1, false},
-        {1, 0, false}, {1, 3, false}}) {
+  for (auto [version, msgType, valid] : {std::tuple{1, 1, true},
+                                         {2, 2, true},
+                                         {3, 1, false},
+                                         {0, 1, false},
+                                         {1, 0, false},
+                                         {1, 3, false}}) {
     auto bytes = hexBytes(requestHdr);
     bytes[1] = static_cast<U8>(version);
     bytes[4] = static_cast<U8>(msgType);
@@ -64,8 +67,11 @@ TEST(LspPingHdrRecord, VersionAndMessageTypeDecideValidity) {
 }
 
 TEST(LspPingTlvHdrRecord, TotalLengthIsPaddedToFourBytes) {
-  for (auto [length, total] : {std::pair{0u, 4u}, {5u, 12u}, {8u, 12u},
-                               {65528u, 65532u}, {65529u, 65536u}}) {
+  for (auto [length, total] : {std::pair{0u, 4u},
+                               {5u, 12u},
+                               {8u, 12u},
+                               {65528u, 65532u},
+                               {65529u, 65536u}}) {
     LspPingTlvHdr tlv;
     tlv.lengthNbo = static_cast<U16>(length);
     EXPECT_EQ(tlv.totalLength(), total) << length;
@@ -85,7 +91,8 @@ TEST(LspPingSubTlvRecords, ValidityRulesAndTexts) {
   EXPECT_EQ(overlay<LspPingLdpIpv4SubTlv>(ldp).stringValue(),
             "Invalid LdpIpv4SubTlv");
 
-  auto rsvp = hexBytes("0003 0014 c0000201 0000 0007 c0000202 c0000203 0000 0009");
+  auto rsvp =
+      hexBytes("0003 0014 c0000201 0000 0007 c0000202 c0000203 0000 0009");
   EXPECT_EQ(overlay<LspPingRsvpIpv4SubTlv>(rsvp).stringValue(),
             "RsvpIpv4:\tdestination(192.0.2.1),\ttunnelId(7),"
             "\textendedTunnelId(192.0.2.2),\tsenderAddress(192.0.2.3),"
@@ -136,8 +143,9 @@ TEST(LspPingSubTlvRecords, RarerRecordTexts) {
   EXPECT_EQ(overlay<LspPingP2mpFecStackSubTlv>(p2mp).stringValue(),
             "P2mpFecStackSubTlv( RootAddr: '10.0.0.1' )");
   auto sg = hexBytes("03 0008 0a000001 e0000001");
-  EXPECT_EQ(overlay<LspPingOpaqueValSGSubTlv>(sg).stringValue(),
-            "OpaqueValSGSubTlv( SourceAddr: '10.0.0.1' GroupAddr: '224.0.0.1' )");
+  EXPECT_EQ(
+      overlay<LspPingOpaqueValSGSubTlv>(sg).stringValue(),
+      "OpaqueValSGSubTlv( SourceAddr: '10.0.0.1' GroupAddr: '224.0.0.1' )");
   auto gen = hexBytes("01 0004 0000002a");
   EXPECT_EQ(overlay<LspPingOpaqueValGenSubTlv>(gen).stringValue(),
             "OpaqueValGenSubTlv( lspId: 42 )");
@@ -226,7 +234,8 @@ TEST(NtpTime, MicrosecondRoundingAndElapsedTime) {
   const NtpTimeU64 before{0xFFFFFFFFu, 0xC0000000u};
   const NtpTimeU64 after{0u, 0x40000000u};
   EXPECT_DOUBLE_EQ(NtpTime::elapsedTime(before, after), 0.5);
-  EXPECT_DOUBLE_EQ(NtpTime::elapsedTime(NtpTimeU64{5, 0}, NtpTimeU64{7, 0}), 2.0);
+  EXPECT_DOUBLE_EQ(NtpTime::elapsedTime(NtpTimeU64{5, 0}, NtpTimeU64{7, 0}),
+                   2.0);
 }
 
 TEST(NtpTime, ReadsTheRuntimeClockOnTheNtpEpoch) {

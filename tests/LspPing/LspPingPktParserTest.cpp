@@ -57,7 +57,8 @@ TEST(LspPingPduParser, DuplicateTypesKeepEveryOccurrenceInOrder) {
   EXPECT_EQ(fec->offset(0), 32u);
   EXPECT_EQ(fec->offset(1), 52u);
   EXPECT_EQ(parser->tlvOffset(1), 48u);
-  EXPECT_FALSE(parser->tlvSupported()) << "Pad is mandatory-range and unhandled";
+  EXPECT_FALSE(parser->tlvSupported())
+      << "Pad is mandatory-range and unhandled";
 }
 
 TEST(LspPingPduParser, OptionalRangeTypesStaySupported) {
@@ -76,7 +77,8 @@ TEST(LspPingPduParser, ReasonTexts) {
       {"0001 0000 01 02", "LspPingHdr is corrupted"},
       {"0003" + requestHdr.substr(4), "Invalid lspPingHdr"},
       {replyHdr + "0003 fffa", "Invalid totalLength in TLV hdr"},
-      {replyHdr + "0003 0014 00000000 00000000", "Msg/Tlv is corrupted/truncated"},
+      {replyHdr + "0003 0014 00000000 00000000",
+       "Msg/Tlv is corrupted/truncated"},
       {replyHdr + "0003", "Msg/Tlv header is corrupted"},
       {replyHdr + "0003 0001 00000000 0003", "Msg/Tlv header is corrupted"},
       {replyHdr + "0003 0001 00", "Msg/Tlv is corrupted/truncated"},
@@ -152,11 +154,10 @@ TEST(LspPingPduParser, TracesProgressAndFaults) {
   parse(replyHdr + "0003 0000 0003");
   Orv::traceLevelIs("LspPing/LspPingPktParser", -1);
   Orv::traceSinkIs(nullptr);
-  EXPECT_EQ(sink.lines,
-            (std::vector<std::string>{
-                "6 Parse packet frontBytes: 38, offset: 32, size 6",
-                "6    Msg/TLV 0: offset 32, size 4",
-                "5 Msg/Tlv header is corrupted"}));
+  EXPECT_EQ(sink.lines, (std::vector<std::string>{
+                            "6 Parse packet frontBytes: 38, offset: 32, size 6",
+                            "6    Msg/TLV 0: offset 32, size 4",
+                            "5 Msg/Tlv header is corrupted"}));
 }
 
 TEST(LspPingHdrParser, PointsAtTheHeaderUnchecked) {

@@ -13,7 +13,7 @@ using Orv::CollAttr;
 using Orv::U32;
 
 class Counter : public Orv::Entity {
- public:
+public:
   static constexpr Attr<U32> valueAttr{1};
   static constexpr Attr<std::string> labelAttr{2};
   static constexpr CollAttr<U32> itemAttr{3};
@@ -23,21 +23,22 @@ class Counter : public Orv::Entity {
   void labelIs(const std::string &v) { assign(label_, v, labelAttr); }
   Orv::Coll<U32, std::string> item{*this, itemAttr};
 
- private:
+private:
   U32 value_ = 0;
   std::string label_;
 };
 
 class Recorder : public Orv::Reactor {
- public:
+public:
   std::vector<std::string> seen;
 };
 
 TEST(EntityReactor, NotifiesOnlyOnChange) {
   auto counter = Orv::make<Counter>();
   Recorder r;
-  r.watch(*counter, Counter::valueAttr,
-          [&] { r.seen.push_back("value " + std::to_string(counter->value())); });
+  r.watch(*counter, Counter::valueAttr, [&] {
+    r.seen.push_back("value " + std::to_string(counter->value()));
+  });
   counter->valueIs(0);
   counter->valueIs(3);
   counter->valueIs(3);
@@ -48,7 +49,8 @@ TEST(EntityReactor, NotifiesOnlyOnChange) {
 TEST(EntityReactor, WatchAllSeesEveryAttribute) {
   auto counter = Orv::make<Counter>();
   Recorder r;
-  r.watchAll(*counter, [&](Orv::AttrId id) { r.seen.push_back(std::to_string(id)); });
+  r.watchAll(*counter,
+             [&](Orv::AttrId id) { r.seen.push_back(std::to_string(id)); });
   counter->valueIs(1);
   counter->labelIs("a");
   counter->item.is(7, "seven");

@@ -8,7 +8,8 @@
 namespace Demo {
 
 enum class Colour : Orv::U32 { red = 1, green = 2, blue = 4 };
-inline constexpr Orv::EnumEntry colourNames[] = {{"red", 1}, {"green", 2}, {"blue", 4}};
+inline constexpr Orv::EnumEntry colourNames[] = {
+    {"red", 1}, {"green", 2}, {"blue", 4}};
 using Orv::operator<<;
 
 struct Pair {
@@ -19,10 +20,10 @@ struct Pair {
   double seconds = 0.0;
   bool operator==(const Pair &) const = default;
   static constexpr std::string_view valueTypeName = "Demo::Pair";
-  static constexpr auto valueFields =
-      std::tuple{Orv::Field{"a", &Pair::a}, Orv::Field{"colour", &Pair::colour},
-                 Orv::Field{"note", &Pair::note}, Orv::Field{"flag", &Pair::flag},
-                 Orv::Field{"seconds", &Pair::seconds}};
+  static constexpr auto valueFields = std::tuple{
+      Orv::Field{"a", &Pair::a}, Orv::Field{"colour", &Pair::colour},
+      Orv::Field{"note", &Pair::note}, Orv::Field{"flag", &Pair::flag},
+      Orv::Field{"seconds", &Pair::seconds}};
 };
 
 struct Outer {
@@ -36,8 +37,7 @@ struct Outer {
 
 } // namespace Demo
 
-template <>
-struct Orv::EnumTraits<Demo::Colour> {
+template <> struct Orv::EnumTraits<Demo::Colour> {
   static constexpr EnumType type{"Demo::Colour", Demo::colourNames};
 };
 
@@ -69,9 +69,10 @@ TEST(Enum, RegistryFindsByFullName) {
 
 TEST(ValueText, PrintsTheOneLineForm) {
   Demo::Pair p{7, Colour::green, "it's", true, 0.5};
-  EXPECT_EQ(Orv::valueText(p),
-            "Value('Demo::Pair', ** {'a': 7, 'colour': green, 'note': 'it\\'s', "
-            "'flag': True, 'seconds': 0.5})");
+  EXPECT_EQ(
+      Orv::valueText(p),
+      "Value('Demo::Pair', ** {'a': 7, 'colour': green, 'note': 'it\\'s', "
+      "'flag': True, 'seconds': 0.5})");
 }
 
 TEST(ValueText, ReadsBackWhatItPrints) {
@@ -93,7 +94,8 @@ TEST(ValueText, RefusesTextThatDoesNotFit) {
        }) {
     EXPECT_FALSE(Orv::valueFromText<Demo::Pair>(text)) << text;
   }
-  EXPECT_EQ(Orv::valueFromText<Demo::Pair>("Value('Demo::Pair', ** {})"), Demo::Pair{});
+  EXPECT_EQ(Orv::valueFromText<Demo::Pair>("Value('Demo::Pair', ** {})"),
+            Demo::Pair{});
 }
 
 } // namespace

@@ -13,7 +13,8 @@ namespace {
 
 struct CapturingSink : Orv::TraceSink {
   std::vector<std::string> lines;
-  void write(std::string_view source, int level, std::string_view text) override {
+  void write(std::string_view source, int level,
+             std::string_view text) override {
     lines.push_back(std::string(source) + ":" + std::to_string(level) + ":" +
                     std::string(text));
   }
@@ -41,7 +42,8 @@ TEST(Trace, FormatsNothingWhenDisabledAndHonoursLevels) {
   Orv::traceLevelIs("Test/TraceTest", -1);
   ORV_TRACE(source, 0, "silenced");
   Orv::traceSinkIs(nullptr);
-  EXPECT_EQ(sink.lines, std::vector<std::string>{"Test/TraceTest:5:a 1 expensive"});
+  EXPECT_EQ(sink.lines,
+            std::vector<std::string>{"Test/TraceTest:5:a 1 expensive"});
 }
 
 TEST(Trace, RulesApplyToSourcesCreatedLater) {
@@ -62,14 +64,15 @@ TEST(Clock, VirtualClockReplacesTheSystemClock) {
 }
 
 class Widget : public Orv::NamedEntity {
- public:
+public:
   using NamedEntity::NamedEntity;
 };
 
 TEST(Factory, CreatesRegisteredTypesByName) {
-  Orv::factoryIs("Test::Widget", [](const Orv::Name &name) -> Orv::Ptr<Orv::Object> {
-    return Orv::make<Widget>(name);
-  });
+  Orv::factoryIs("Test::Widget",
+                 [](const Orv::Name &name) -> Orv::Ptr<Orv::Object> {
+                   return Orv::make<Widget>(name);
+                 });
   auto object = Orv::create("Test::Widget", "w1");
   auto *widget = dynamic_cast<Widget *>(object.get());
   ASSERT_NE(widget, nullptr);
@@ -79,7 +82,8 @@ TEST(Factory, CreatesRegisteredTypesByName) {
 
 TEST(AssertDeathTest, PrintsTheExpressionAsCompiled) {
   const void *holder = &holder;
-  EXPECT_DEATH(ORV_ASSERT(holder == NULL), "Assertion failed: holder == __null");
+  EXPECT_DEATH(ORV_ASSERT(holder == NULL),
+               "Assertion failed: holder == __null");
   EXPECT_DEATH(ORV_ASSERT(0 && "Undefined address type"),
                "0 && \"Undefined address type\"");
 }
