@@ -9,6 +9,7 @@
 #include <tuple>
 
 #include "Orv/Enum.h"
+#include "Orv/SparseArray.h"
 #include "Orv/TextReader.h"
 
 namespace Orv {
@@ -161,8 +162,12 @@ template <ValueType T> struct TextForm<T> {
     os << "})";
   }
 
-  // Fields may come in any order; a field left out keeps its default.
+  // Fields may come in any order; a field left out keeps its default. A
+  // type that may not be built from text says so with valueTextReadRefused().
   static bool read(TextReader &in, T &v) {
+    if constexpr (requires { T::valueTextReadRefused(); }) {
+      T::valueTextReadRefused();
+    }
     std::string typeName;
     if (!in.literal("Value(") || !in.quoted(typeName) ||
         typeName != T::valueTypeName || !in.literal(",") || !in.literal("**") ||
@@ -200,6 +205,43 @@ private:
         },
         T::valueFields);
     return found && ok;
+  }
+};
+
+// "{index: value, ...}" in index order, "{}" when empty. Reading takes the
+// entries in any order but refuses an index given twice.
+template <std::unsigned_integral Index, class T, std::size_t N>
+struct TextForm<SparseArray<Index, T, N>> {
+  static void print(std::ostream &os, const SparseArray<Index, T, N> &v) {
+    os << '{';
+    bool first = true;
+    for (const auto &entry : v) {
+      os << (first ? "" : ", ");
+      TextForm<Index>::print(os, entry.index);
+      os << ": ";
+      TextForm<T>::print(os, entry.value);
+      first = false;
+    }
+    os << '}';
+  }
+  static bool read(TextReader &in, SparseArray<Index, T, N> &v) {
+    if (!in.literal("{")) {
+      return false;
+    }
+    v.delAll();
+    if (in.literal("}")) {
+      return true;
+    }
+    do {
+      Index index{};
+      T value{};
+      if (!TextForm<Index>::read(in, index) || !in.literal(":") ||
+          !TextForm<T>::read(in, value) || v.contains(index)) {
+        return false;
+      }
+      v.is(index, value);
+    } while (in.literal(","));
+    return in.literal("}");
   }
 };
 

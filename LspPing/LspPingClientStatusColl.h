@@ -1,0 +1,32 @@
+#pragma once
+
+#include "LspPing/LspPingClientStatus.h"
+#include "Orv/Coll.h"
+
+namespace LspPing {
+
+// The status of every ping client, keyed by client id.
+class LspPingClientStatusColl : public Orv::Entity {
+public:
+  static constexpr Orv::CollAttr<U32> pingClientStatusAttr{1};
+
+  const Orv::Coll<U32, Orv::Ptr<LspPingClientStatus>> &
+  pingClientStatus() const {
+    return pingClientStatus_;
+  }
+  Orv::Ptr<LspPingClientStatus> pingClientStatus(U32 clientId) const {
+    return pingClientStatus_[clientId];
+  }
+  // The existing status, or a new one.
+  Orv::Ptr<LspPingClientStatus> pingClientStatusIs(U32 clientId);
+  void pingClientStatusDel(U32 clientId) { pingClientStatus_.del(clientId); }
+  void pingClientStatusDelAll() { pingClientStatus_.delAll(); }
+
+private:
+  Orv::Coll<U32, Orv::Ptr<LspPingClientStatus>> pingClientStatus_{
+      *this, pingClientStatusAttr};
+};
+
+Orv::Ptr<LspPingClientStatusColl> lspPingClientStatusCollFactory();
+
+} // namespace LspPing
