@@ -7,28 +7,13 @@
 #include "LspPing/LspPingHdr.h"
 #include "LspPing/LspPingPduParser.h"
 #include "LspPing/LspPingTlvHdr.h"
-#include "Wirx/Pkt.h"
+#include "fuzz/FuzzInput.h"
 
-namespace {
-
-// Keeps the optimizer from dropping reads whose results are otherwise unused.
-volatile std::uint64_t sink;
-
-void consume(std::uint64_t v) { sink = sink + v; }
-
-} // namespace
+using FuzzInput::consume;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data,
                                       std::size_t size) {
-  if (size > Wirx::Pkt::capacity) {
-    return -1;
-  }
-  // The payload ends where the buffer does, so that a read past the message
-  // leaves the buffer instead of landing in unused tail room. For the packet
-  // the pool hands out here (the last of its block) that is past the end of
-  // a heap block, where the address sanitizer sees it.
-  const auto len = static_cast<Orv::U32>(size);
-  auto pkt = Wirx::Pkt::copyOf(data, len, Wirx::Pkt::capacity - len);
+  auto pkt = FuzzInput::packetOf(data, size);
   if (!pkt) {
     return -1;
   }

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "LspPing/LspPingFec128Ipv4SubTlv.h"
+#include "LspPing/LspPingRecordParser.h"
+
+namespace LspPing {
+
+using LspPingFec128Ipv4SubTlvParser =
+    LspPingRecordParser<LspPingFec128Ipv4SubTlv>;
+
+Orv::Ptr<LspPingFec128Ipv4SubTlvParser>
+lspPingFec128Ipv4SubTlvParserFactory(Orv::Ptr<Wirx::Pkt> pkt, U32 offset);
+
+} // namespace LspPing

@@ -1,0 +1,255 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "Bytes.h"
+#include "LspPing/LspPingDownstreamMappingTlvParser.h"
+#include "LspPing/LspPingIntfAndLabelStackTlvParser.h"
+#include "LspPing/LspPingNilFecSubTlvParser.h"
+#include "LspPing/LspPingTargetFecTlvParser.h"
+
+namespace LspPing {
+namespace {
+
+using LspPingTest::hexBytes;
+using LspPingTest::pktOf;
+
+const std::string ldp = "0001 0005 0a010101 20 000000 ";
+const std::string rsvp =
+    "0003 0014 c0000201 0000 0007 c0000202 c0000203 0000 0009 ";
+const std::string srV4 = "7c00 0006 0a000001 20 02 0000 ";
+const std::string srV6 =
+    "0023 0012 20010db8000000000000000000000001 80 02 0000 ";
+const std::string nil = "0010 0004 00003000 ";
+const std::string pw = "000a 000e 0a000001 0a000002 00000064 0005 0000 ";
+
+// A Target FEC Stack TLV holding `subTlvs`, parsed from its value.
+Orv::Ptr<LspPingTargetFecTlvParser> parseFec(const std::string &subTlvs,
+                                             const std::string &type = "0001") {
+  const auto value = hexBytes(subTlvs);
+  char length[8];
+  std::snprintf(length, sizeof length, "%04zx", value.size());
+  auto parser = lspPingTargetFecTlvParserFactory(
+      pktOf(hexBytes(type + length + subTlvs)), 4);
+  parser->initializedIs(true);
+  return parser;
+}
+
+TEST(LspPingTargetFecTlvParser, EachFecGivesItsResult) {
+  auto ldpFec = parseFec(ldp);
+  ASSERT_TRUE(ldpFec->valid()) << ldpFec->reason();
+  EXPECT_EQ(ldpFec->targetFec().stringValue(), "10.1.1.1/32");
+
+  auto rsvpFec = parseFec(rsvp);
+  EXPECT_EQ(rsvpFec->rsvpSpId().tunnelDst.stringValue(), "192.0.2.1");
+  EXPECT_EQ(rsvpFec->rsvpSpId().tunnelId, 7);
+  EXPECT_EQ(rsvpFec->rsvpSpId().extendedTunnelId.stringValue(), "192.0.2.2");
+  EXPECT_EQ(rsvpFec->rsvpSpId().lspId, 9);
+  EXPECT_EQ(rsvpFec->rsvpSenderAddr().stringValue(), "192.0.2.3");
+  EXPECT_TRUE(!rsvpFec->targetFec());
+
+  auto pwFec = parseFec(pw);
+  EXPECT_EQ(pwFec->pwInfo(), LspPingPwInfo(Wirx::IpAddr(0x0a000001),
+                                           Wirx::IpAddr(0x0a000002), 100, 5));
+
+  EXPECT_EQ(parseFec(srV4)->targetFec().stringValue(), "10.0.0.1/32");
+  EXPECT_EQ(parseFec(srV6)->targetFec().stringValue(), "2001:db8::1/128");
+  auto deprecated = parseFec("7c01" + srV6.substr(4));
+  EXPECT_EQ(deprecated->targetFec().stringValue(), "2001:db8::1/128");
+}
+
+TEST(LspPingTargetFecTlvParser, FirstUsableFecWinsAndLaterOnesReplaceEarlier) {
+  EXPECT_EQ(parseFec(rsvp + ldp)->targetFec().stringValue(), "10.1.1.1/32");
+  auto twoLdp = parseFec(ldp + "0001 0005 0a020202 18 000000");
+  EXPECT_EQ(twoLdp->targetFec().stringValue(), "10.2.2.2/24");
+  auto badLdp = parseFec("0001 0004 0a010101 20 000000 " + srV4);
+  EXPECT_EQ(badLdp->targetFec().stringValue(), "10.0.0.1/32")
+      << "an invalid sub-TLV is not chosen";
+}
+
+TEST(LspPingTargetFecTlvParser, UnknownSubTlvHidesEverythingBehindIt) {
+  auto parser = parseFec("0009 0000 " + ldp);
+  ASSERT_TRUE(parser->valid());
+  EXPECT_EQ(parser->tlvNum(), 2u);
+  EXPECT_EQ(parser->ldpIpv4SubTlv(), nullptr);
+  EXPECT_TRUE(!parser->targetFec());
+}
+
+TEST(LspPingTargetFecTlvParser, NilFecAloneIsAValidEmptyParse) {
+  auto parser = parseFec(nil);
+  ASSERT_TRUE(parser->valid());
+  ASSERT_NE(parser->nilFecSubTlv(), nullptr);
+  EXPECT_EQ(parser->nilFecSubTlv()->labelField.label(), 3u);
+  EXPECT_TRUE(!parser->targetFec());
+  EXPECT_TRUE(!parser->pwInfo());
+}
+
+TEST(LspPingTargetFecTlvParser, Faults) {
+  auto wrongType = parseFec(ldp, "0002");
+  EXPECT_FALSE(wrongType->valid());
+  EXPECT_EQ(wrongType->reason(), "TLV type is not TargetFecStack");
+  auto truncated = parseFec("0001 0009 0a010101");
+  EXPECT_EQ(truncated->reason(), "Msg/Tlv is corrupted/truncated");
+  auto outOfRangePrefix = parseFec("0001 0005 0a010101 21 000000");
+  EXPECT_TRUE(outOfRangePrefix->valid());
+  EXPECT_TRUE(!outOfRangePrefix->targetFec()) << "/33 names no prefix";
+}
+
+TEST(LspPingTargetFecTlvParser, FixedAdvanceNeverLeavesThePacket) {
+  // A short RSVP sub-TLV is followed by more sub-TLVs: the walk advances 24
+  // bytes regardless and must stop at the end of the data.
+  auto parser = parseFec("0003 0000 0003 0000 0003 0000");
+  EXPECT_TRUE(parser->valid());
+  EXPECT_TRUE(!parser->rsvpSpId());
+}
+
+TEST(LspPingRecordParsers, LocateTheirRecord) {
+  auto pkt = pktOf(hexBytes("0000 " + nil));
+  auto parser = lspPingNilFecSubTlvParserFactory(pkt, 2);
+  EXPECT_EQ(parser->header()->stringValue(), "NilFec( '0x3' )");
+}
+
+Orv::Ptr<LspPingIntfAndLabelStackTlvParser> parseIls(const std::string &hex) {
+  auto parser =
+      lspPingIntfAndLabelStackTlvParserFactory(pktOf(hexBytes(hex)), 0);
+  parser->initializedIs(true);
+  return parser;
+}
+
+TEST(LspPingIntfAndLabelStackTlvParser, ReadsAddressInterfaceAndLabels) {
+  auto parser = parseIls("0007 0014 01 000000 0a000001 0a000002 00064 0ff "
+                         "000c8 1ff");
+  ASSERT_TRUE(parser->valid()) << parser->reason();
+  const LspPingIntfAndLabelStackInfo &info = parser->intfAndLabelStackInfo();
+  EXPECT_EQ(info.addr.stringValue(), "10.0.0.1");
+  EXPECT_EQ(info.intf.name(), "10.0.0.2");
+  ASSERT_EQ(info.labelStack.size(), 2u);
+  EXPECT_EQ(info.labelStack[0].value(), 100u);
+  EXPECT_EQ(info.labelStack[1].value(), 200u);
+  EXPECT_TRUE(info.valid);
+
+  auto v6 = parseIls("0007 0024 03 000000 20010db8000000000000000000000001 "
+                     "20010db8000000000000000000000002");
+  ASSERT_TRUE(v6->valid()) << v6->reason();
+  EXPECT_EQ(v6->intfAndLabelStackInfo().addr.stringValue(), "2001:db8::1");
+  EXPECT_EQ(v6->intfAndLabelStackInfo().labelStack.size(), 0u);
+}
+
+TEST(LspPingIntfAndLabelStackTlvParser, ReasonTexts) {
+  const std::pair<std::string, const char *> cases[] = {
+      {"0002 000c 01000000 0a000001 0a000002",
+       "TLV type is not IntfAndLabelStack"},
+      {"0007 0008 01000000 0a000001", "IntfAndLabelStack TLV is corrupted"},
+      {"0007 000c 01000000 0a000001", "IntfAndLabelStack TLV is corrupted"},
+      {"0007 000c 00000000 0a000001 0a000002",
+       "Invalid address type in IntfAndLabelStack TLV"},
+      {"0007 000c 05000000 0a000001 0a000002",
+       "Invalid address type in IntfAndLabelStack TLV"},
+      {"0007 0018 04000000 0a000001 0a000002 00000000 00000000 00000000",
+       "Unnumbered IPv6 address type in IntfAndLabelStack TLV is not "
+       "supported"},
+      {"0007 0010 03000000 0a000001 0a000002 00000000",
+       "IntfAndLabelStack TLV is corrupted"},
+  };
+  for (const auto &[hex, reason] : cases) {
+    auto parser = parseIls(hex);
+    EXPECT_FALSE(parser->valid()) << hex;
+    EXPECT_EQ(parser->reason(), reason) << hex;
+  }
+}
+
+Orv::Ptr<LspPingDownstreamMappingTlvParser> parseDs(const std::string &hex) {
+  auto parser =
+      lspPingDownstreamMappingTlvParserFactory(pktOf(hexBytes(hex)), 0);
+  parser->initializedIs(true);
+  return parser;
+}
+
+TEST(LspPingDownstreamMappingTlvParser, ReadsMappingMultipathAndLabels) {
+  auto plain = parseDs("0002 0010 05dc 01 02 0a000002 0a000003 00 00 0000");
+  ASSERT_TRUE(plain->valid()) << plain->reason();
+  EXPECT_EQ(plain->downstreamMappingInfo().mtu, 1500);
+  EXPECT_EQ(plain->downstreamMappingInfo().dsFlags, 2);
+  EXPECT_EQ(plain->downstreamMappingInfo().labelStack.size, 0);
+
+  auto masked = parseDs("0002 001c 05dc 01 00 0a000002 0a000003 08 05 0008 "
+                        "0a000100 c0000001 00064 1 03");
+  ASSERT_TRUE(masked->valid()) << masked->reason();
+  const LspPingDownstreamMappingInfo &info = masked->downstreamMappingInfo();
+  EXPECT_EQ(info.depthLimit, 5);
+  EXPECT_EQ(info.dsMultipathBaseAddr.stringValue(), "10.0.1.0");
+  EXPECT_EQ(info.dsMultipathBitset.size, 4u);
+  EXPECT_EQ(info.dsMultipathBitset.bitset[0], 0xc0);
+  EXPECT_EQ(info.dsMultipathBitset.bitset[3], 0x01);
+  EXPECT_EQ(info.labelStack.size, 1);
+  EXPECT_TRUE(info.labelStack.valid());
+  EXPECT_EQ(info.labelStack.labelEntry[0].protocol(),
+            LspPingDownstreamSignalingProtocol::dsInfoSignalingProtocolLdp);
+
+  auto skipped = parseDs("0002 0018 05dc 01 00 0a000002 0a000003 05 00 0008 "
+                         "ffffffff ffffffff");
+  ASSERT_TRUE(skipped->valid()) << skipped->reason();
+  EXPECT_TRUE(!skipped->downstreamMappingInfo().dsMultipathBaseAddr);
+  EXPECT_EQ(skipped->downstreamMappingInfo().labelStack.size, 0);
+}
+
+TEST(LspPingDownstreamMappingTlvParser, ReasonTexts) {
+  const std::string v4 = "05dc 01 00 0a000002 0a000003 ";
+  const std::pair<std::string, const char *> cases[] = {
+      {"0007 0010 " + v4 + "00 00 0000", "TLV type is not DownstreamMapping"},
+      {"0002 0012 " + v4 + "00 00 0000 0000",
+       "DownstreamMapping TLV is corrupted"},
+      {"0002 000c " + v4, "DownstreamMapping TLV is corrupted"},
+      {"0002 0010 05dc 00 00 0a000002 0a000003 00 00 0000",
+       "Invalid address type in DownstreamMapping TLV"},
+      {"0002 0010 05dc 04 00 0a000002 0a000003 00 00 0000",
+       "Unnumbered IPv6 address type in DownstreamMapping TLV is not "
+       "supported"},
+      {"0002 0024 05dc 03 00 " + std::string(64, '0'),
+       "DownstreamMapping multipath / label stack is corrupted"},
+      {"0002 0010 " + v4 + "08 00 0004", "DownstreamMapping multipath / label "
+                                         "stack is corrupted"},
+      {"0002 0014 " + v4 + "08 00 0002 00000000",
+       "DownstreamMapping multipath / label stack is corrupted"},
+      {"0002 0014 " + v4 + "00 00 0004 00000000",
+       "DownstreamMapping multipath length must be 0"},
+      {"0002 0014 " + v4 + "02 00 0004 00000000",
+       "IP address multipath is not supported"},
+      {"0002 0014 " + v4 + "04 00 0004 00000000",
+       "IP address range multipath is not supported"},
+      {"0002 0014 " + v4 + "09 00 0004 00000000",
+       "Bit-masked label set multipath is not supported"},
+      {"0002 0014 " + v4 + "08 00 0004 00000000",
+       "DownstreamMapping multipath length is too short for IPv4.  4 < 8"},
+      {"0002 0038 05dc 03 00 " + std::string(64, '0') + "08 00 0010" +
+           std::string(32, '0'),
+       "DownstreamMapping multipath length is too short for IPv6.  16 < 20"},
+  };
+  for (const auto &[hex, reason] : cases) {
+    auto parser = parseDs(hex);
+    EXPECT_FALSE(parser->valid()) << hex;
+    EXPECT_EQ(parser->reason(), reason) << hex;
+  }
+}
+
+TEST(LspPingTlvParsers, NoTruncationReadsOutsideThePacket) {
+  const auto ils = hexBytes("0007 0014 01 000000 0a000001 0a000002 000640ff "
+                            "000c81ff");
+  const auto ds = hexBytes("0002 001c 05dc 01 00 0a000002 0a000003 08 05 0008 "
+                           "0a000100 c0000001 00064103");
+  for (const auto *full : {&ils, &ds}) {
+    for (std::size_t len = 0; len < full->size(); ++len) {
+      auto pkt = pktOf({full->begin(), full->begin() + len});
+      auto a = lspPingIntfAndLabelStackTlvParserFactory(pkt, 0);
+      a->initializedIs(true);
+      auto b = lspPingDownstreamMappingTlvParserFactory(pkt, 0);
+      b->initializedIs(true);
+      auto c = lspPingTargetFecTlvParserFactory(pkt, 4);
+      c->initializedIs(true);
+      EXPECT_FALSE(a->valid() && b->valid()) << len;
+    }
+  }
+}
+
+} // namespace
+} // namespace LspPing
