@@ -2,13 +2,20 @@
 // subcommand registers its options and its action in its own file.
 #include <CLI/CLI.hpp>
 
+#include "tools/CraftCommand.h"
 #include "tools/DecodeCommand.h"
 
 int main(int argc, char **argv) {
-  CLI::App app{"Decodes MPLS LSP echo requests and replies."};
+  CLI::App app{"Decodes and crafts MPLS LSP echo requests and replies."};
   app.require_subcommand(1);
+  // One line per error, naming the program; subcommands take this over when
+  // they are added.
+  app.failure_message([](const CLI::App *, const CLI::Error &e) {
+    return "lspping: " + std::string(e.what()) + " (see --help)\n";
+  });
   int status = 0;
   LspPingTool::addDecodeCommand(app, status);
+  LspPingTool::addCraftCommand(app, status);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError &e) {

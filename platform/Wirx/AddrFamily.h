@@ -8,6 +8,11 @@ namespace Wirx {
 
 enum class AddrFamily : Orv::U8 { unspecified, ipv4, ipv6 };
 
+// The families by call, so that a family test reads the same as the address
+// accessors beside it: `addr.af() == Wirx::ipv4()`.
+constexpr AddrFamily ipv4() noexcept { return AddrFamily::ipv4; }
+constexpr AddrFamily ipv6() noexcept { return AddrFamily::ipv6; }
+
 inline std::ostream &operator<<(std::ostream &os, AddrFamily af) {
   switch (af) {
   case AddrFamily::ipv4:

@@ -63,4 +63,7 @@ private:
 };
 static_assert(sizeof(Ipv4Hdr) == 20 && alignof(Ipv4Hdr) == 1);
 
+// Named like the address it carries (IpAddr, Ip6Addr / IpHdr, Ip6Hdr).
+using IpHdr = Ipv4Hdr;
+
 } // namespace Wirx

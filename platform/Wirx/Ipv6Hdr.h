@@ -51,4 +51,7 @@ private:
 };
 static_assert(sizeof(Ipv6Hdr) == 40 && alignof(Ipv6Hdr) == 1);
 
+// Named like the address it carries (IpAddr, Ip6Addr / IpHdr, Ip6Hdr).
+using Ip6Hdr = Ipv6Hdr;
+
 } // namespace Wirx

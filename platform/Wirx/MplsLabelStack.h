@@ -31,6 +31,14 @@ public:
   Orv::U32 size() const noexcept { return size_; }
   bool empty() const noexcept { return size_ == 0; }
   bool full() const noexcept { return size_ == capacity; }
+  // Whether the stack can be written to the wire: at least one label, and
+  // every label a 20-bit value (neither `null` nor `luWithdraw`). The size
+  // never exceeds `capacity`, as push() refuses to overfill.
+  bool valid() const noexcept {
+    return !empty() && std::all_of(begin(), end(), [](const MplsLabel &label) {
+      return label.isWireLabel();
+    });
+  }
   MplsLabel operator[](Orv::U32 index) const noexcept {
     ORV_ASSERT(index < size_);
     return labels_[index];

@@ -144,6 +144,14 @@ TEST(MplsLabelStackTest, ComparesOnlyTheLabelsInUse) {
   EXPECT_EQ(stackOf({}), MplsLabelStack());
 }
 
+// Only a stack that can be written to the wire is valid.
+TEST(MplsLabelStackTest, ValidWhenNotEmptyAndEveryLabelFitsTwentyBits) {
+  EXPECT_FALSE(MplsLabelStack().valid());
+  EXPECT_TRUE(stackOf({0, MplsLabel::max}).valid());
+  EXPECT_FALSE(stackOf({100, MplsLabel::null}).valid());
+  EXPECT_FALSE(stackOf({MplsLabel::luWithdraw}).valid());
+}
+
 TEST(MplsLabelStackTest, TextRoundTrips) {
   EXPECT_EQ(stackOf({100, 200}).stringValue(), "[100, 200]");
   EXPECT_EQ(MplsLabelStack().stringValue(), "[]");
