@@ -1,0 +1,257 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "Kiv/VirtualTime.h"
+#include "LspPing/LspPingClientConfig.h"
+#include "LspPing/LspPingClientStatus.h"
+#include "LspPing/LspPingClientTxSm.h"
+#include "LspPing/LspPingPduParser.h"
+#include "LspPing/LspPingTargetFecTlvParser.h"
+#include "LspPing/LspPingTlvHdr.h"
+#include "MplsUtils/EthPktParser.h"
+#include "Orv/Clock.h"
+#include "Wirx/Ip6Addr.h"
+#include "Wirx/MemPam.h"
+
+namespace LspPing {
+namespace {
+
+constexpr double start = 1'800'000'000.0;
+
+// A packet-access module that notes when each frame left.
+class TimedPam : public Wirx::MemPam {
+public:
+  TimedPam() : MemPam("tx") {}
+  void txPktIs(const Orv::Ptr<Wirx::Pkt> &pkt) override {
+    sentAt.push_back(Orv::now());
+    MemPam::txPktIs(pkt);
+  }
+  std::vector<double> sentAt;
+};
+
+// One client with its transmit state machine on a virtual clock.
+struct Client {
+  Client() {
+    config->srcIpAddrIs(Wirx::IpAddr(0x0a000001));
+    config->dstIpAddrIs(Wirx::IpAddr(0x7f000001));
+    config->srcUdpPortIs(49152);
+    config->mplsLabelIs(0, Wirx::MplsLabel(100));
+    config->mplsTtlIs(0, 255);
+    config->tunnelTypeIs(LspPingTunnelType::tunnelLdpIpv4);
+    config->dstPrefixIs(Wirx::IpGenPrefix(Wirx::IpAddr(0x0a010101), 32));
+    txSm->lspPingClientTxPamIs(pam);
+  }
+  // The frame sent, parsed down to the echo message.
+  struct Sent {
+    std::vector<Orv::U8> bytes;
+    MplsUtils::EthPktParser eth;
+    Orv::Ptr<LspPingPduParser> pdu;
+    explicit Sent(const std::vector<Orv::U8> &frame)
+        : bytes(frame), eth(bytes.data(), Orv::U32(bytes.size())) {
+      pdu = lspPingPduParserFactory(
+          Wirx::Pkt::copyOf(bytes.data(), Orv::U32(bytes.size())),
+          eth.udpPayloadOffset());
+      pdu->initializedIs(true);
+    }
+  };
+  Sent frame(std::size_t i) const { return Sent(pam->frames().at(i)); }
+  Orv::Ptr<LspPingTargetFecTlvParser> fec(std::size_t i) const {
+    Sent sent = frame(i);
+    auto parser = lspPingTargetFecTlvParserFactory(sent.pdu->pkt(),
+                                                   sent.pdu->tlvOffset(0) + 4);
+    parser->initializedIs(true);
+    return parser;
+  }
+
+  Orv::Ptr<Kiv::TimerWheel> wheel = Orv::make<Kiv::TimerWheel>();
+  Kiv::VirtualTime time{wheel, start};
+  Orv::Ptr<LspPingClientConfig> config = lspPingClientConfigFactory(7);
+  Orv::Ptr<LspPingClientStatus> status = lspPingClientStatusFactory(7);
+  Orv::Ptr<TimedPam> pam = Orv::make<TimedPam>();
+  Orv::Ptr<LspPingClientTxSm> txSm =
+      lspPingClientTxSmFactory(7, config, status, wheel);
+};
+
+TEST(LspPingClientTxSm, SendsTheCountAtTheIntervalAfterTheDelay) {
+  Client c;
+  c.config->txCountIs(3);
+  c.config->txRateIs(0.5);
+  c.config->pktDelayIs(2);
+  c.time.runFor(10);
+  EXPECT_TRUE(c.pam->sentAt.empty()) << "disabled";
+  c.config->enabledIs(true);
+  const double t = c.time.now();
+  c.time.runFor(60);
+  EXPECT_EQ(c.pam->sentAt, (std::vector<double>{t + 2, t + 2.5, t + 3}));
+  EXPECT_EQ(c.status->sequenceNum(), 3u);
+  EXPECT_EQ(c.txSm->lspPingTxTimerTimeMin(), Kiv::Timer::never);
+  for (std::size_t i = 0; i < 3; ++i) {
+    const LspPingHdr *hdr = c.frame(i).pdu->lspPingHdr();
+    ASSERT_NE(hdr, nullptr);
+    EXPECT_EQ(hdr->sequenceNumber(), i + 1);
+    EXPECT_EQ(hdr->senderHandle(), 7u);
+    EXPECT_EQ(hdr->replyMode, 2);
+  }
+}
+
+TEST(LspPingClientTxSm, InfiniteCountRunsUntilDisabledAndResumesTheSequence) {
+  Client c;
+  c.config->txCountIs(-1);
+  c.config->pktDelayIs(0.25);
+  c.config->enabledIs(true);
+  c.time.runFor(10.5);
+  EXPECT_EQ(c.pam->frames().size(), 11u);
+  c.config->enabledIs(false);
+  EXPECT_EQ(c.txSm->lspPingTxTimerTimeMin(), Kiv::Timer::never);
+  c.time.runFor(100);
+  EXPECT_EQ(c.pam->frames().size(), 11u);
+  c.config->enabledIs(true);
+  c.time.runFor(0.25);
+  EXPECT_EQ(c.frame(11).pdu->lspPingHdr()->sequenceNumber(), 12u);
+}
+
+TEST(LspPingClientTxSm, DeletedMachineSendsNothing) {
+  Client c;
+  c.config->txCountIs(-1);
+  c.config->enabledIs(true);
+  c.txSm->handleDelete();
+  c.time.runFor(10);
+  EXPECT_TRUE(c.pam->frames().empty());
+}
+
+TEST(LspPingClientTxSm, EachTunnelTypeCarriesItsFec) {
+  struct Case {
+    LspPingTunnelType type;
+    const char *expect;
+  };
+  for (const Case &k : {
+           Case{LspPingTunnelType::tunnelUnknown, "127.0.0.1/32"},
+           Case{LspPingTunnelType::tunnelLdpIpv4, "10.1.1.1/32"},
+           Case{LspPingTunnelType::tunnelSrIpv4, "10.1.1.1/32"},
+       }) {
+    Client c;
+    c.config->tunnelTypeIs(k.type);
+    c.config->txCountIs(1);
+    c.config->enabledIs(true);
+    c.time.runFor(2);
+    auto fec = c.fec(0);
+    ASSERT_TRUE(fec->valid()) << fec->reason();
+    EXPECT_EQ(fec->targetFec().stringValue(), k.expect);
+    if (k.type == LspPingTunnelType::tunnelSrIpv4) {
+      ASSERT_NE(fec->srIpv4SubTlv(), nullptr);
+      EXPECT_EQ(fec->srIpv4SubTlv()->protocol, 2) << "always IS-IS";
+    }
+  }
+
+  Client sr6;
+  sr6.config->srcIpAddrIs(*Wirx::IpGenAddr::fromString("2001:db8::1"));
+  sr6.config->dstIpAddrIs(*Wirx::IpGenAddr::fromString("::ffff:127.0.0.1"));
+  sr6.config->tunnelTypeIs(LspPingTunnelType::tunnelSrIpv6);
+  sr6.config->dstPrefixIs(*Wirx::IpGenPrefix::fromString("2001:db8::9/128"));
+  sr6.config->txCountIs(1);
+  sr6.config->enabledIs(true);
+  sr6.time.runFor(2);
+  EXPECT_TRUE(sr6.frame(0).eth.isIpv6());
+  EXPECT_EQ(sr6.fec(0)->targetFec().stringValue(), "2001:db8::9/128");
+
+  Client rsvp;
+  rsvp.config->tunnelTypeIs(LspPingTunnelType::tunnelRsvpIpv4);
+  rsvp.config->rsvpSpIdIs(
+      Rsvp::RsvpSpId{Wirx::IpAddr(0xc0000201), 7, Wirx::IpAddr(0xc0000202), 9});
+  rsvp.config->rsvpSenderAddrIs(Wirx::IpAddr(0xc0000203));
+  rsvp.config->txCountIs(1);
+  rsvp.config->enabledIs(true);
+  rsvp.time.runFor(2);
+  EXPECT_EQ(rsvp.fec(0)->rsvpSpId(), rsvp.config->rsvpSpId());
+  EXPECT_EQ(rsvp.fec(0)->rsvpSenderAddr().stringValue(), "192.0.2.3");
+
+  Client nil;
+  nil.config->tunnelTypeIs(LspPingTunnelType::tunnelModeRaw);
+  nil.config->txCountIs(1);
+  nil.config->enabledIs(true);
+  nil.time.runFor(2);
+  ASSERT_NE(nil.fec(0)->nilFecSubTlv(), nullptr);
+  EXPECT_EQ(nil.fec(0)->nilFecSubTlv()->labelField.label(), 100u);
+
+  Client pw;
+  pw.config->tunnelTypeIs(LspPingTunnelType::tunnelPwLdp);
+  pw.config->txCountIs(1);
+  pw.config->enabledIs(true);
+  pw.time.runFor(2);
+  const Client::Sent sent = pw.frame(0);
+  const auto *fecTlv = reinterpret_cast<const LspPingTlvHdr *>(
+      sent.pdu->pkt()->data() + sent.pdu->tlvOffset(0));
+  EXPECT_EQ(fecTlv->type(), 1);
+  EXPECT_EQ(fecTlv->length(), 0) << "pseudowires go with an empty stack";
+}
+
+TEST(LspPingClientTxSm, LabelStackBottomAndTtlDefaults) {
+  Client c;
+  c.config->mplsLabelIs(1, Wirx::MplsLabel(200));
+  c.config->mplsLabelIs(2, Wirx::MplsLabel(300));
+  c.config->mplsTtlIs(2, 64);
+  c.config->mplsTcIs(5);
+  c.config->txCountIs(1);
+  c.config->enabledIs(true);
+  c.time.runFor(2);
+  const Client::Sent sent = c.frame(0);
+  ASSERT_EQ(sent.eth.labelStack().size(), 3u);
+  for (Orv::U32 i = 0; i < 3; ++i) {
+    const Wirx::MplsLabelEntry entry = sent.eth.labelEntry(i);
+    EXPECT_EQ(entry.bos(), i == 2) << i;
+    EXPECT_EQ(entry.tc(), 5) << i;
+  }
+  EXPECT_EQ(sent.eth.labelEntry(0).ttl(), 255);
+  EXPECT_EQ(sent.eth.labelEntry(1).ttl(), 0) << "no TTL configured";
+  EXPECT_EQ(sent.eth.labelEntry(2).ttl(), 64);
+  EXPECT_EQ(sent.eth.ipTtl(), 1);
+}
+
+TEST(LspPingClientTxSm, ImplicitNullOnTopPingsOverPlainIp) {
+  Client v4;
+  v4.config->mplsLabelIs(0, Wirx::MplsLabel(3));
+  v4.config->txCountIs(1);
+  v4.config->enabledIs(true);
+  v4.time.runFor(2);
+  EXPECT_EQ(v4.frame(0).eth.etherType(), 0x0800);
+  EXPECT_TRUE(v4.frame(0).eth.labelStack().empty());
+  EXPECT_TRUE(v4.frame(0).pdu->valid());
+
+  Client none;
+  none.config->mplsLabelDelAll();
+  none.config->txCountIs(1);
+  none.config->enabledIs(true);
+  none.time.runFor(2);
+  const std::vector<Orv::U8> &bytes = none.pam->frames().at(0);
+  EXPECT_EQ(bytes[12], 0x88);
+  EXPECT_EQ(bytes[13], 0x47);
+  EXPECT_EQ(bytes[14] >> 4, 4) << "the IPv4 header follows at once";
+}
+
+TEST(LspPingClientTxSm, DownstreamMappingOnlyWhenValid) {
+  Client c;
+  LspPingDownstreamMappingInfo ds;
+  ds.mtu = 1500;
+  ds.addrType = 1;
+  ds.dsIpAddr = Wirx::IpAddr(0x0a000002);
+  ds.dsIntfAddr = Wirx::IpAddr(0x0a000003);
+  ds.labelStack.labelEntryIs(
+      0, LspPingDownstreamLabelEntry::fromWord(0x00064100 | 3));
+  ds.labelStack.size = 1;
+  c.config->dsMappingInfoIs(ds);
+  c.config->txCountIs(2);
+  c.config->enabledIs(true);
+  c.time.runFor(1.5);
+  EXPECT_EQ(c.frame(0).pdu->tlvNum(), 1u) << "an invalid mapping is left out";
+  ds.valid = true;
+  c.config->dsMappingInfoIs(ds);
+  c.time.runFor(1);
+  const Client::Sent sent = c.frame(1);
+  ASSERT_TRUE(sent.pdu->valid()) << sent.pdu->reason();
+  ASSERT_EQ(sent.pdu->tlvNum(), 2u);
+  ASSERT_NE(sent.pdu->tlvGroupParser()->tlvTypeOffset(2), nullptr);
+}
+
+} // namespace
+} // namespace LspPing
