@@ -3,17 +3,24 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cstdio>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
+#include <variant>
 #include <vector>
 
 #include "LspPing/LspPingConstant.h"
+#include "LspPing/LspPingDownstreamMappingTlvParser.h"
 #include "LspPing/LspPingHdr.h"
+#include "LspPing/LspPingIntfAndLabelStackTlvParser.h"
 #include "LspPing/LspPingPduParser.h"
+#include "LspPing/LspPingTargetFecTlvParser.h"
 #include "LspPing/LspPingTlvHdr.h"
+#include "LspPing/LspPingTlvType.h"
 #include "MplsUtils/EthPktParser.h"
 #include "Wirx/Pkt.h"
 #include "tools/Pcap.h"
@@ -22,13 +29,52 @@ namespace LspPingTool {
 
 namespace {
 
+using Orv::U16;
 using Orv::U32;
 using Orv::U8;
 
+// The path a Target FEC Stack names, as its parser chose it.
+struct RsvpFec {
+  Rsvp::RsvpSpId id;
+  Wirx::IpGenAddr senderAddr;
+};
+struct NilFec {
+  U32 label;
+};
+// No sub-TLV the parser could turn into a path.
+struct NoFec {};
+using Fec = std::variant<NoFec, Wirx::IpGenPrefix, RsvpFec,
+                         LspPing::LspPingPwInfo, NilFec>;
+
+struct FecReport {
+  bool valid = false;
+  std::string reason;
+  Fec fec;
+  // The kinds of sub-TLV the parser kept, by the name of its accessor.
+  std::vector<std::string> subTlvs;
+};
+
+// What the parser of an Interface and Label Stack or a Downstream Mapping
+// TLV made of it; `info` is only meaningful when `valid`.
+template <class Info> struct InfoReport {
+  bool valid = false;
+  std::string reason;
+  Info info;
+};
+using IntfAndLabelStackReport =
+    InfoReport<LspPing::LspPingIntfAndLabelStackInfo>;
+using DownstreamMappingReport =
+    InfoReport<LspPing::LspPingDownstreamMappingInfo>;
+
+// Empty for the TLV types the tool has no parser for.
+using Decoded = std::variant<std::monostate, FecReport, IntfAndLabelStackReport,
+                             DownstreamMappingReport>;
+
 struct TlvReport {
-  Orv::U16 type;
+  U16 type;
   U32 offset;      // from the start of the frame
   U32 totalLength; // header, value and padding
+  Decoded decoded;
 };
 
 // What one frame holds, in a form both output styles print.
@@ -46,6 +92,77 @@ FrameReport notEcho(std::string why) {
   FrameReport report;
   report.notEcho = std::move(why);
   return report;
+}
+
+// The pseudowire and RSVP results always carry an address once chosen,
+// even 0.0.0.0, so an unset address means the parser chose neither.
+Fec chosenFec(const LspPing::LspPingTargetFecTlvParser &parser) {
+  if (!!parser.targetFec()) {
+    return parser.targetFec();
+  }
+  if (!!parser.rsvpSenderAddr()) {
+    return RsvpFec{parser.rsvpSpId(), parser.rsvpSenderAddr()};
+  }
+  if (!!parser.pwInfo()) {
+    return parser.pwInfo();
+  }
+  if (const LspPing::LspPingNilFecSubTlv *nil = parser.nilFecSubTlv()) {
+    return NilFec{nil->labelField.label()};
+  }
+  return NoFec{};
+}
+
+// The parser reads sub-TLVs on to the end of the message, not only of this
+// TLV. What it finds there is shown as found: it is what a receiver built on
+// the parser gets.
+FecReport decodeTargetFec(const Orv::Ptr<Wirx::Pkt> &pkt, U32 offset) {
+  auto parser = LspPing::lspPingTargetFecTlvParserFactory(
+      pkt, offset + static_cast<U32>(sizeof(LspPing::LspPingTlvHdr)));
+  parser->initializedIs(true);
+  FecReport report;
+  report.valid = parser->valid();
+  report.reason = parser->reason();
+  if (!report.valid) {
+    return report;
+  }
+  report.fec = chosenFec(*parser);
+  const std::pair<const void *, const char *> kinds[] = {
+      {parser->ldpIpv4SubTlv(), "ldpIpv4"},
+      {parser->rsvpIpv4SubTlv(), "rsvpIpv4"},
+      {parser->srIpv4SubTlv(), "srIpv4"},
+      {parser->srIpv6SubTlv(), "srIpv6"},
+      {parser->nilFecSubTlv(), "nilFec"},
+      {parser->fec128Ipv4SubTlv(), "fec128Ipv4"},
+  };
+  for (const auto &[subTlv, name] : kinds) {
+    if (subTlv != nullptr) {
+      report.subTlvs.emplace_back(name);
+    }
+  }
+  return report;
+}
+
+Decoded decodeTlv(const Orv::Ptr<Wirx::Pkt> &pkt, U16 type, U32 offset) {
+  switch (LspPing::LspPingTlvType(type)) {
+  case LspPing::LspPingTlvType::TargetFecStack:
+    return decodeTargetFec(pkt, offset);
+  case LspPing::LspPingTlvType::IntfAndLabelStack: {
+    auto parser =
+        LspPing::lspPingIntfAndLabelStackTlvParserFactory(pkt, offset);
+    parser->initializedIs(true);
+    return IntfAndLabelStackReport{parser->valid(), parser->reason(),
+                                   parser->intfAndLabelStackInfo()};
+  }
+  case LspPing::LspPingTlvType::DownstreamMapping: {
+    auto parser =
+        LspPing::lspPingDownstreamMappingTlvParserFactory(pkt, offset);
+    parser->initializedIs(true);
+    return DownstreamMappingReport{parser->valid(), parser->reason(),
+                                   parser->downstreamMappingInfo()};
+  }
+  default:
+    return {};
+  }
 }
 
 FrameReport decodeFrame(std::span<const U8> frame) {
@@ -93,10 +210,110 @@ FrameReport decodeFrame(std::span<const U8> frame) {
     }
     const auto *tlv =
         reinterpret_cast<const LspPing::LspPingTlvHdr *>(pkt->data() + offset);
-    report.tlvs.push_back({tlv->type(), offset, tlv->totalLength()});
+    report.tlvs.push_back({tlv->type(), offset, tlv->totalLength(),
+                           decodeTlv(pkt, tlv->type(), offset)});
   }
   report.tlvSupported = parser->tlvSupported();
   return report;
+}
+
+// The call operators of several lambdas as one, for std::visit.
+template <class... Fns> struct Overloaded : Fns... {
+  using Fns::operator()...;
+};
+template <class... Fns> Overloaded(Fns...) -> Overloaded<Fns...>;
+
+std::string fecText(const Fec &fec) {
+  return std::visit(
+      Overloaded{
+          [](const NoFec &) { return std::string("no usable FEC"); },
+          [](const Wirx::IpGenPrefix &prefix) {
+            return "prefix " + prefix.stringValue();
+          },
+          [](const RsvpFec &rsvp) {
+            return "rsvp tunnelDst " + rsvp.id.tunnelDst.stringValue() +
+                   " tunnelId " + std::to_string(rsvp.id.tunnelId) +
+                   " extendedTunnelId " +
+                   rsvp.id.extendedTunnelId.stringValue() + " lspId " +
+                   std::to_string(rsvp.id.lspId) + " senderAddr " +
+                   rsvp.senderAddr.stringValue();
+          },
+          [](const LspPing::LspPingPwInfo &pw) {
+            return "pseudowire senderAddr " + pw.senderAddr.stringValue() +
+                   " receiverAddr " + pw.receiverAddr.stringValue() + " pwId " +
+                   std::to_string(pw.pwId) + " pwType " +
+                   std::to_string(pw.pwType);
+          },
+          [](const NilFec &nil) {
+            return "nil label " + std::to_string(nil.label);
+          },
+      },
+      fec);
+}
+
+// The multipath bytes behind the base address, in hex.
+std::string bitsetHex(const LspPing::LspPingMultipathBitset &bitset) {
+  std::string hex;
+  for (U32 i = 0; i < bitset.size; ++i) {
+    char byte[3];
+    std::snprintf(byte, sizeof byte, "%02x", bitset.bitset[i]);
+    hex += byte;
+  }
+  return hex;
+}
+
+// The lines under a TLV's own line, indented below it.
+void printDecoded(std::ostream &, std::monostate) {}
+
+void printDecoded(std::ostream &out, const FecReport &r) {
+  if (!r.valid) {
+    out << "    target FEC: invalid: " << r.reason << "\n";
+    return;
+  }
+  out << "    target FEC: " << fecText(r.fec) << "\n";
+  out << "    sub-TLVs:";
+  for (const std::string &name : r.subTlvs) {
+    out << " " << name;
+  }
+  out << (r.subTlvs.empty() ? " none\n" : "\n");
+}
+
+void printDecoded(std::ostream &out, const IntfAndLabelStackReport &r) {
+  out << "    interface and label stack: ";
+  if (!r.valid) {
+    out << "invalid: " << r.reason << "\n";
+    return;
+  }
+  out << "addr " << r.info.addr.stringValue() << " intf "
+      << r.info.intf.stringValue() << " labelStack "
+      << r.info.labelStack.stringValue() << "\n";
+}
+
+void printDecoded(std::ostream &out, const DownstreamMappingReport &r) {
+  out << "    downstream mapping: ";
+  if (!r.valid) {
+    out << "invalid: " << r.reason << "\n";
+    return;
+  }
+  const LspPing::LspPingDownstreamMappingInfo &ds = r.info;
+  out << "mtu " << ds.mtu << " addrType " << U32{ds.addrType} << " dsFlags "
+      << U32{ds.dsFlags} << " dsIpAddr " << ds.dsIpAddr.stringValue()
+      << " dsIntfAddr " << ds.dsIntfAddr.stringValue() << " depthLimit "
+      << U32{ds.depthLimit} << "\n";
+  out << "    multipath: type " << U32{ds.multipathType};
+  // Only a masked IP set is read; other forms leave both unset.
+  if (!!ds.dsMultipathBaseAddr) {
+    out << " base " << ds.dsMultipathBaseAddr.stringValue() << " bitset "
+        << bitsetHex(ds.dsMultipathBitset);
+  }
+  out << "\n";
+  for (U8 i = 0; i < ds.labelStack.size; ++i) {
+    const LspPing::LspPingDownstreamLabelEntry &entry =
+        ds.labelStack.labelEntry[i];
+    out << "    label " << entry.label().value() << " tc " << U32{entry.tc()}
+        << " bos " << (entry.bos() ? "true" : "false") << " protocol "
+        << static_cast<U32>(entry.protocol()) << "\n";
+  }
 }
 
 void printText(std::ostream &out, U32 frameNumber, const FrameReport &r) {
@@ -116,6 +333,8 @@ void printText(std::ostream &out, U32 frameNumber, const FrameReport &r) {
   for (const TlvReport &tlv : r.tlvs) {
     out << "  tlv type " << tlv.type << " offset " << tlv.offset << " length "
         << tlv.totalLength << "\n";
+    std::visit([&out](const auto &decoded) { printDecoded(out, decoded); },
+               tlv.decoded);
   }
   out << "  tlvSupported: " << (r.tlvSupported ? "true" : "false") << "\n";
 }
@@ -137,12 +356,111 @@ nlohmann::json headerJson(const LspPing::LspPingHdr &h) {
   };
 }
 
+nlohmann::json fecJson(const Fec &fec) {
+  return std::visit(
+      Overloaded{
+          [](const NoFec &) {
+            return nlohmann::json{{"kind", "none"}};
+          },
+          [](const Wirx::IpGenPrefix &prefix) {
+            return nlohmann::json{{"kind", "prefix"},
+                                  {"prefix", prefix.stringValue()}};
+          },
+          [](const RsvpFec &rsvp) {
+            return nlohmann::json{
+                {"kind", "rsvp"},
+                {"tunnelDst", rsvp.id.tunnelDst.stringValue()},
+                {"tunnelId", rsvp.id.tunnelId},
+                {"extendedTunnelId", rsvp.id.extendedTunnelId.stringValue()},
+                {"lspId", rsvp.id.lspId},
+                {"senderAddr", rsvp.senderAddr.stringValue()}};
+          },
+          [](const LspPing::LspPingPwInfo &pw) {
+            return nlohmann::json{
+                {"kind", "pseudowire"},
+                {"senderAddr", pw.senderAddr.stringValue()},
+                {"receiverAddr", pw.receiverAddr.stringValue()},
+                {"pwId", pw.pwId},
+                {"pwType", pw.pwType}};
+          },
+          [](const NilFec &nil) {
+            return nlohmann::json{{"kind", "nil"}, {"label", nil.label}};
+          },
+      },
+      fec);
+}
+
+// Null for a TLV the tool has no parser for: it gets no "decoded" key.
+nlohmann::json decodedJson(std::monostate) { return nullptr; }
+
+// A TLV its parser refused has only "valid" and "reason".
+nlohmann::json decodedJson(const FecReport &r) {
+  nlohmann::json j = {{"valid", r.valid}, {"reason", r.reason}};
+  if (r.valid) {
+    j["fec"] = fecJson(r.fec);
+    j["subTlvs"] = r.subTlvs;
+  }
+  return j;
+}
+
+nlohmann::json decodedJson(const IntfAndLabelStackReport &r) {
+  nlohmann::json j = {{"valid", r.valid}, {"reason", r.reason}};
+  if (!r.valid) {
+    return j;
+  }
+  nlohmann::json labels = nlohmann::json::array();
+  for (const Wirx::MplsLabel label : r.info.labelStack) {
+    labels.push_back(label.value());
+  }
+  j["addr"] = r.info.addr.stringValue();
+  j["intf"] = r.info.intf.stringValue();
+  j["labelStack"] = labels;
+  return j;
+}
+
+nlohmann::json decodedJson(const DownstreamMappingReport &r) {
+  nlohmann::json j = {{"valid", r.valid}, {"reason", r.reason}};
+  if (!r.valid) {
+    return j;
+  }
+  const LspPing::LspPingDownstreamMappingInfo &ds = r.info;
+  nlohmann::json labels = nlohmann::json::array();
+  for (U8 i = 0; i < ds.labelStack.size; ++i) {
+    const LspPing::LspPingDownstreamLabelEntry &entry =
+        ds.labelStack.labelEntry[i];
+    labels.push_back({{"label", entry.label().value()},
+                      {"tc", entry.tc()},
+                      {"bos", entry.bos()},
+                      {"protocol", static_cast<U32>(entry.protocol())}});
+  }
+  j["mtu"] = ds.mtu;
+  j["addrType"] = ds.addrType;
+  j["dsFlags"] = ds.dsFlags;
+  j["dsIpAddr"] = ds.dsIpAddr.stringValue();
+  j["dsIntfAddr"] = ds.dsIntfAddr.stringValue();
+  j["multipathType"] = ds.multipathType;
+  j["depthLimit"] = ds.depthLimit;
+  j["dsMultipathBaseAddr"] =
+      !!ds.dsMultipathBaseAddr
+          ? nlohmann::json(ds.dsMultipathBaseAddr.stringValue())
+          : nlohmann::json(nullptr);
+  j["dsMultipathBitset"] = bitsetHex(ds.dsMultipathBitset);
+  j["labelStack"] = labels;
+  return j;
+}
+
 void printJson(std::ostream &out, U32 frameNumber, const FrameReport &r) {
   nlohmann::json tlvs = nlohmann::json::array();
   for (const TlvReport &tlv : r.tlvs) {
-    tlvs.push_back({{"type", tlv.type},
-                    {"offset", tlv.offset},
-                    {"length", tlv.totalLength}});
+    nlohmann::json entry = {{"type", tlv.type},
+                            {"offset", tlv.offset},
+                            {"length", tlv.totalLength}};
+    nlohmann::json decoded =
+        std::visit([](const auto &d) { return decodedJson(d); }, tlv.decoded);
+    if (!decoded.is_null()) {
+      entry["decoded"] = std::move(decoded);
+    }
+    tlvs.push_back(std::move(entry));
   }
   const nlohmann::json line = {
       {"frame", frameNumber},
@@ -207,7 +525,8 @@ void addDecodeCommand(CLI::App &app, int &status) {
                 "frames. Frames are numbered from 1 in each file.");
   cmd->add_flag("--json", options->json,
                 "One JSON object per frame and line, keys frame, valid, "
-                "reason, header, tlvs and tlvSupported");
+                "reason, header, tlvs and tlvSupported; a TLV the tool reads "
+                "further has its findings under decoded");
   cmd->add_option("FILE", options->files, "pcap capture files")->required();
   cmd->callback([options, &status] {
     status = 0;

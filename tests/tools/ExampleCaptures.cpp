@@ -212,6 +212,54 @@ Bytes ldpIpv4TargetFec() {
   return tlv(1, static_cast<std::uint16_t>(subTlv.size()), subTlv);
 }
 
+// A FEC 128 pseudowire (sub-TLV 10, 14 bytes and 2 of padding): sender and
+// receiver PE, pseudowire ID 42, type 5 (Ethernet).
+Bytes pseudowireTargetFec() {
+  Bytes value{10, 0, 0, 1, 10, 0, 0, 9};
+  put32(value, 42);
+  put16(value, 5);
+  put16(value, 0);
+  const Bytes subTlv = tlv(10, 14, value);
+  return tlv(1, static_cast<std::uint16_t>(subTlv.size()), subTlv);
+}
+
+// A label stack entry as the label stack TLVs carry it: label, traffic
+// class, bottom of stack and, in the last byte, a TTL or a protocol.
+std::uint32_t labelWord(std::uint32_t label, std::uint8_t tc, bool bottom,
+                        std::uint8_t last) {
+  return label << 12 | std::uint32_t{tc} << 9 |
+         std::uint32_t{bottom ? 1u : 0u} << 8 | last;
+}
+
+// How the request reached the responder, router 10.0.0.2: at its numbered
+// IPv4 interface 10.0.1.2, with labels 100 and 200.
+Bytes intfAndLabelStack() {
+  Bytes value{1, 0, 0, 0, 10, 0, 0, 2, 10, 0, 1, 2};
+  put32(value, labelWord(100, 0, false, 254));
+  put32(value, labelWord(200, 0, true, 1));
+  return tlv(7, static_cast<std::uint16_t>(value.size()), value);
+}
+
+// Where the responder sends it on: MTU 1500 to router 10.0.0.3 at its
+// numbered IPv4 interface 10.0.2.3; the masked IP set 127.0.0.0 to
+// 127.0.0.3 takes that path; labels 300 (LDP) and 16009 (IS-IS), traffic
+// class 5.
+Bytes downstreamMapping() {
+  Bytes value;
+  put16(value, 1500);
+  put8(value, 1); // IPv4 numbered
+  put8(value, 0); // flags
+  put(value, {10, 0, 0, 3, 10, 0, 2, 3});
+  put8(value, 8); // masked IP set
+  put8(value, 0); // depth limit
+  put16(value, 8);
+  put(value, {127, 0, 0, 0});
+  put32(value, 0xf0000000);
+  put32(value, labelWord(300, 0, false, 3));
+  put32(value, labelWord(16009, 5, true, 6));
+  return tlv(2, static_cast<std::uint16_t>(value.size()), value);
+}
+
 Bytes cat(Bytes a, const Bytes &b) {
   put(a, b);
   return a;
@@ -268,12 +316,26 @@ std::vector<ExampleCapture> exampleCaptures() {
                                               .returnCode = 3,
                                               .returnSubcode = 1})));
 
+  // Label switched at stack depth 1, with where from and where to.
+  const Bytes switchedReply = ipv4Reply(
+      cat(cat(echoHeader(
+                  {.messageType = reply, .returnCode = 8, .returnSubcode = 1}),
+              downstreamMapping()),
+          intfAndLabelStack()));
+
+  const Bytes pseudowireRequest = ethernet(
+      etherMpls,
+      ipv4Udp(sender4, loopback4, senderPort, echoPort,
+              cat(echoHeader({.sequenceNumber = 2}), pseudowireTargetFec()),
+              {.routerAlert = true, .ttl = 1}),
+      {{100, 255}, {1000, 1}});
+
   const EchoFields replyFields{
       .messageType = reply, .returnCode = 3, .returnSubcode = 1};
   const Bytes header = echoHeader({});
   return {
-      {"request.pcap", {labelledRequest}},
-      {"reply.pcap", {ipv6Reply}},
+      {"request.pcap", {labelledRequest, pseudowireRequest}},
+      {"reply.pcap", {ipv6Reply, switchedReply}},
       {"malformed.pcap",
        {
            // Shorter than an echo header.
@@ -291,6 +353,9 @@ std::vector<ExampleCapture> exampleCaptures() {
            ipv4Reply(cat(echoHeader(replyFields), tlv(7, 4, {10, 0, 0, 2})),
                      {0, 3, 0, 4}, {0xde, 0xad, 0xbe, 0xef}),
            arpRequest(),
+           // A Target FEC Stack whose only sub-TLV claims more bytes than
+           // the stack holds: the message reads, its FEC does not.
+           ipv4Request(cat(header, tlv(1, 8, tlv(1, 100, {10, 1, 1, 1})))),
        }},
   };
 }
