@@ -36,7 +36,8 @@ std::size_t heapInUse() { return mallinfo2().uordblks; }
 
 void configure(LspPingClientConfig &config, U32 id) {
   config.srcEthAddrIs(*Wirx::EthAddr::fromString("02:00:00:00:00:01"));
-  config.tunnelNexthopEthAddrIs(*Wirx::EthAddr::fromString("02:00:00:00:00:02"));
+  config.tunnelNexthopEthAddrIs(
+      *Wirx::EthAddr::fromString("02:00:00:00:00:02"));
   config.srcIpAddrIs(Wirx::IpAddr(0x0a000001));
   config.dstIpAddrIs(Wirx::IpAddr(0x7f000001));
   config.srcUdpPortIs(49152);
@@ -72,8 +73,7 @@ void hundredThousandClients(benchmark::State &state) {
       txSms.push_back(txSm);
     }
     const double bytesPerClient =
-        double(heapInUse() - heapBefore - clients * sizeof(txSms[0])) /
-        clients;
+        double(heapInUse() - heapBefore - clients * sizeof(txSms[0])) / clients;
     for (U32 id = 1; id <= clients; ++id) {
       configs->pingClientConfig(id)->enabledIs(true);
     }
