@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <iosfwd>
 #include <string_view>
 #include <tuple>
@@ -49,3 +51,9 @@ std::ostream &operator<<(std::ostream &os, const RouteKey &key);
 std::ostream &operator<<(std::ostream &os, const LfibRoute &route);
 
 } // namespace Mpls
+
+template <> struct std::hash<Mpls::RouteKey> {
+  std::size_t operator()(const Mpls::RouteKey &key) const noexcept {
+    return std::hash<Orv::U32>()(key.topLabel.value());
+  }
+};

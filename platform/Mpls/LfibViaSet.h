@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <iosfwd>
 #include <string_view>
 #include <tuple>
@@ -59,7 +61,9 @@ struct LfibViaSetKey {
 };
 
 // The vias a labelled packet may leave by, in order. The default is the
-// empty set, which is also what a lookup of an unknown key reads.
+// empty set, which is also what a lookup of an unknown key reads. Indices
+// are stored as bytes, but a set holds at most 128 vias: readers take the
+// indices through LfibViaIndexRange, which refuses the rest.
 struct LfibViaSet {
   using ViaArray = Orv::SparseArray<Orv::U8, LfibViaKey>;
 
@@ -84,3 +88,15 @@ std::ostream &operator<<(std::ostream &os, const LfibViaSetKey &key);
 std::ostream &operator<<(std::ostream &os, const LfibViaSet &viaSet);
 
 } // namespace Mpls
+
+template <> struct std::hash<Mpls::LfibViaKey> {
+  std::size_t operator()(const Mpls::LfibViaKey &key) const noexcept {
+    return std::hash<Orv::U32>()(key.id);
+  }
+};
+
+template <> struct std::hash<Mpls::LfibViaSetKey> {
+  std::size_t operator()(const Mpls::LfibViaSetKey &key) const noexcept {
+    return std::hash<Orv::U32>()(key.id);
+  }
+};

@@ -43,6 +43,8 @@ public:
   const char *reason() const noexcept { return reason_; }
   Layer parsedUpTo() const noexcept { return layer_; }
   const Orv::U8 *frame() const noexcept { return frame_; }
+  // The packet the frame lives in, when the parser was made from one.
+  const Orv::Ptr<Wirx::Pkt> &pkt() const noexcept { return pkt_; }
   Orv::U32 length() const noexcept { return len_; }
 
   // Ethernet: addresses, VLAN ids outermost first, and the EtherType that

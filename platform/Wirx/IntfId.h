@@ -1,6 +1,8 @@
 #pragma once
 
 #include <compare>
+#include <cstddef>
+#include <functional>
 #include <iosfwd>
 #include <optional>
 #include <string>
@@ -32,3 +34,9 @@ private:
 };
 
 } // namespace Wirx
+
+template <> struct std::hash<Wirx::IntfId> {
+  std::size_t operator()(const Wirx::IntfId &intf) const noexcept {
+    return std::hash<std::string>()(intf.name());
+  }
+};
