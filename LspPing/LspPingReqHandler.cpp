@@ -104,10 +104,12 @@ bool LspPingReqHandler::processPkt(const MplsUtils::EthPktParser &eth) {
   ORV_TRACE(trace, 8,
             "bool LspPing::LspPingReqHandler::processPkt(const "
             "MplsUtils::EthPktParser&)");
-  const U32 udpBytes =
-      eth.length() > eth.udpHdrOffset() ? eth.length() - eth.udpHdrOffset() : 0;
-  if (eth.parsedUpTo() < MplsUtils::EthPktParser::Layer::ip ||
-      udpBytes < udpHdrSize) {
+  // A frame that never reached its IP layer has no UDP bytes at all.
+  const bool reachedIp = eth.parsedUpTo() >= MplsUtils::EthPktParser::Layer::ip;
+  const U32 udpBytes = reachedIp && eth.length() > eth.udpHdrOffset()
+                           ? eth.length() - eth.udpHdrOffset()
+                           : 0;
+  if (udpBytes < udpHdrSize) {
     ORV_TRACE(trace, 0, "Packet UDP payload has incorrect size: ", udpBytes,
               " (expected ", udpHdrSize, ")");
     return false;

@@ -4,9 +4,11 @@
 
 #include "tools/CraftCommand.h"
 #include "tools/DecodeCommand.h"
+#include "tools/RespondCommand.h"
 
 int main(int argc, char **argv) {
-  CLI::App app{"Decodes and crafts MPLS LSP echo requests and replies."};
+  CLI::App app{"Decodes and crafts MPLS LSP echo requests and replies, and "
+               "answers requests as a router would."};
   app.require_subcommand(1);
   // One line per error, naming the program; subcommands take this over when
   // they are added.
@@ -16,6 +18,7 @@ int main(int argc, char **argv) {
   int status = 0;
   LspPingTool::addDecodeCommand(app, status);
   LspPingTool::addCraftCommand(app, status);
+  LspPingTool::addRespondCommand(app, status);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError &e) {

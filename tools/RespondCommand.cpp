@@ -1,0 +1,268 @@
+#include "tools/RespondCommand.h"
+
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <cstring>
+#include <exception>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "LspPing/LspPingConstant.h"
+#include "LspPing/LspPingHdr.h"
+#include "LspPing/LspPingReqHandler.h"
+#include "LspPing/LspPingReturnCode.h"
+#include "MplsUtils/EthPktParser.h"
+#include "Orv/Trace.h"
+#include "Wirx/MemUdpPam.h"
+#include "Wirx/Pkt.h"
+#include "tools/Pcap.h"
+#include "tools/ReplyFrame.h"
+#include "tools/StateFile.h"
+
+namespace LspPingTool {
+
+namespace {
+
+using Orv::U16;
+using Orv::U32;
+using Orv::U8;
+
+constexpr std::string_view responderTrace = "LspPing/LspPingReqHandler";
+// The responder traces each function it enters at this level: that says
+// nothing about why a request was dropped.
+constexpr int functionEntryLevel = 8;
+
+// Collects what the responder traces while it is alive, one request at a
+// time: its last words on a dropped request say why.
+class TraceCapture : public Orv::TraceSink {
+public:
+  TraceCapture() {
+    Orv::traceSinkIs(this);
+    Orv::traceLevelIs(responderTrace, 9);
+  }
+  ~TraceCapture() override {
+    Orv::traceLevelIs(responderTrace, -1);
+    Orv::traceSinkIs(nullptr);
+  }
+  TraceCapture(const TraceCapture &) = delete;
+  TraceCapture &operator=(const TraceCapture &) = delete;
+
+  void write(std::string_view source, int level,
+             std::string_view text) override {
+    if (source == responderTrace && level != functionEntryLevel) {
+      last_ = text;
+    }
+  }
+  void clear() { last_.clear(); }
+  const std::string &last() const { return last_; }
+
+private:
+  std::string last_;
+};
+
+// What became of one frame.
+struct Outcome {
+  bool answered = false;
+  std::string returnCode;
+  U32 returnSubcode = 0;
+  Wirx::IpGenAddr to;
+  U16 toPort = 0;
+  std::string dropReason;
+};
+
+Outcome dropped(std::string reason) {
+  Outcome outcome;
+  outcome.dropReason = std::move(reason);
+  return outcome;
+}
+
+// The responder and what it answers on, over one router's state.
+class Responder {
+public:
+  explicit Responder(const RouterState &state)
+      : pam4_(Orv::make<Wirx::MemUdpPam>(
+            "udp4", LspPing::LspPingConstant::lspPingUdpPort)),
+        pam6_(Orv::make<Wirx::MemUdpPam>(
+            "udp6", LspPing::LspPingConstant::lspPingUdpPort)),
+        handler_(LspPing::lspPingReqHandlerFactory(
+            state.hardware, state.mpls, state.bindings, state.lfib, state.fib,
+            state.fib6, state.tiLfaTunnels, pam4_, pam6_, state.ipv4,
+            state.ipv6, state.rsvp, state.interfaces)) {}
+
+  // Hands `frame` to the responder; a reply it sends is written to
+  // `replies`.
+  Outcome answer(std::span<const U8> frame, PcapWriter &replies) {
+    trace_.clear();
+    pam4_->clear();
+    pam6_->clear();
+    const auto pkt = Wirx::Pkt::copyOf(frame.data(), U32(frame.size()), 0);
+    if (!pkt) {
+      return dropped("frame of " + std::to_string(frame.size()) +
+                     " bytes, too large for a packet buffer");
+    }
+    const MplsUtils::EthPktParser eth(pkt);
+    bool sent = false;
+    try {
+      sent = handler_->processPkt(eth);
+    } catch (const std::exception &e) {
+      return dropped(std::string("the responder failed: ") + e.what());
+    }
+    if (!sent) {
+      return dropped(trace_.last().empty() ? "dropped without a reason"
+                                           : trace_.last());
+    }
+    const auto &datagrams =
+        eth.isIpv4() ? pam4_->datagrams() : pam6_->datagrams();
+    if (datagrams.empty()) {
+      return dropped("the reply could not be sent to " +
+                     eth.srcIp().stringValue() + " port " +
+                     std::to_string(eth.srcPort()));
+    }
+    const Wirx::UdpDatagram &reply = datagrams.back();
+    LspPing::LspPingHdr hdr;
+    std::memcpy(&hdr, reply.payload.data(), sizeof hdr);
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    const auto micros =
+        std::chrono::duration_cast<std::chrono::microseconds>(now).count();
+    replies.write(replyFrame(eth, reply), U32(micros / 1000000),
+                  U32(micros % 1000000));
+
+    Outcome outcome;
+    outcome.answered = true;
+    outcome.returnCode =
+        Orv::stringValue(LspPing::LspPingReturnCode(hdr.returnCode));
+    outcome.returnSubcode = hdr.returnSubcode;
+    outcome.to = reply.dstAddr;
+    outcome.toPort = reply.dstPort;
+    return outcome;
+  }
+
+private:
+  Orv::Ptr<Wirx::MemUdpPam> pam4_;
+  Orv::Ptr<Wirx::MemUdpPam> pam6_;
+  Orv::Ptr<LspPing::LspPingReqHandler> handler_;
+  TraceCapture trace_;
+};
+
+void printText(std::ostream &out, U32 frameNumber, const Outcome &o) {
+  out << "frame " << frameNumber << ": ";
+  if (o.answered) {
+    out << o.returnCode << " (subcode " << o.returnSubcode << "), reply to "
+        << o.to.stringValue() << " port " << o.toPort << "\n";
+  } else {
+    out << "dropped: " << o.dropReason << "\n";
+  }
+}
+
+// The keys in the order a reader looks for them.
+void printJson(std::ostream &out, U32 frameNumber, const Outcome &o) {
+  using Json = nlohmann::ordered_json;
+  const Json line = {
+      {"frame", frameNumber},
+      {"answered", o.answered},
+      {"returnCode", o.answered ? Json(o.returnCode) : nullptr},
+      {"returnSubcode", o.answered ? Json(o.returnSubcode) : nullptr},
+      {"dropReason", o.answered ? nullptr : Json(o.dropReason)},
+      {"to", o.answered
+                 ? Json{{"address", o.to.stringValue()}, {"port", o.toPort}}
+                 : nullptr},
+  };
+  // Replaces rather than throws on bytes that are not UTF-8.
+  out << line.dump(-1, ' ', false, Json::error_handler_t::replace) << "\n";
+}
+
+struct Options {
+  std::string state;
+  std::string in;
+  std::string out;
+  bool json = false;
+};
+
+int respond(const Options &o) {
+  if (o.out == "-") {
+    std::cerr << "lspping: respond: --out must name a file: the report goes "
+                 "to standard output\n";
+    return 1;
+  }
+  std::optional<RouterState> state;
+  try {
+    state = loadStateFile(o.state);
+  } catch (const StateFileError &e) {
+    std::cerr << "lspping: " << e.what() << "\n";
+    return 1;
+  }
+  PcapReader reader(o.in);
+  if (!reader.ok()) {
+    std::cerr << "lspping: " << reader.error() << "\n";
+    return 1;
+  }
+  if (reader.linkType() != DLT_EN10MB) {
+    const char *name = pcap_datalink_val_to_name(reader.linkType());
+    std::cerr << "lspping: " << o.in << ": link type "
+              << (name ? name : std::to_string(reader.linkType()))
+              << " is not Ethernet\n";
+    return 1;
+  }
+  PcapWriter writer(o.out);
+  if (!writer.ok()) {
+    std::cerr << "lspping: " << o.out << ": " << writer.error() << "\n";
+    return 1;
+  }
+  Responder responder(*state);
+  std::span<const U8> frame;
+  U32 frameNumber = 0;
+  U32 replies = 0;
+  while (reader.next(frame)) {
+    const Outcome outcome = responder.answer(frame, writer);
+    ++frameNumber;
+    replies += outcome.answered ? 1 : 0;
+    if (o.json) {
+      printJson(std::cout, frameNumber, outcome);
+    } else {
+      printText(std::cout, frameNumber, outcome);
+    }
+  }
+  if (!reader.error().empty()) {
+    std::cerr << "lspping: " << o.in << ": " << reader.error() << "\n";
+    return 1;
+  }
+  if (!o.json) {
+    std::cout << frameNumber << " frames, " << replies << " replies written to "
+              << o.out << "\n";
+  }
+  return 0;
+}
+
+} // namespace
+
+void addRespondCommand(CLI::App &app, int &status) {
+  auto o = std::make_shared<Options>();
+  CLI::App *cmd = app.add_subcommand(
+      "respond",
+      "Answer the MPLS echo requests of a pcap file of Ethernet frames as a "
+      "router would, with the library's echo responder over the router's "
+      "forwarding state read from a state file. Prints, for each frame "
+      "(numbered from 1), the return code and subcode of the reply and where "
+      "it goes, or why the frame was dropped; writes the replies as Ethernet "
+      "frames to another pcap file.");
+  cmd->add_option("--state", o->state,
+                  "the router's state, a JSON file (docs/state-file.md)")
+      ->required();
+  cmd->add_option("--in", o->in, "pcap file of requests, '-' for stdin")
+      ->required();
+  cmd->add_option("--out", o->out, "pcap file to write the replies to")
+      ->required();
+  cmd->add_flag("--json", o->json,
+                "One JSON object per frame and line, keys frame, answered, "
+                "returnCode, returnSubcode, dropReason and to (address and "
+                "port)");
+  cmd->callback([o, &status] { status = respond(*o); });
+}
+
+} // namespace LspPingTool
