@@ -123,13 +123,13 @@ void EventLoop::timerFdUpdate() noexcept {
   if (next == timerFdTime_) {
     return;
   }
-  itimerspec spec{};
+  itimerspec expiry{};
   int flags = 0;
   if (next != Timer::never) {
-    spec.it_value = timespecOf(next);
+    expiry.it_value = timespecOf(next);
     flags = TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET;
   }
-  const int rc = timerfd_settime(timerFd_, flags, &spec, nullptr);
+  const int rc = timerfd_settime(timerFd_, flags, &expiry, nullptr);
   ORV_ASSERT(rc == 0);
   timerFdTime_ = next;
 }
