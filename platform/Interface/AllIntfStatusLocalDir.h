@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Interface/IntfStatus.h"
+#include "Orv/Coll.h"
+#include "Orv/NamedEntity.h"
+
+namespace Interface {
+
+// The status of the interfaces whose devices belong to this processor
+// (its management ports, for one), published by the processor's own agents.
+// Where an interface is in both directories, its status here is the one that
+// describes the device this processor drives. Watchers learn of each
+// interface whose status comes or goes.
+class AllIntfStatusLocalDir : public Orv::NamedEntity {
+public:
+  static constexpr Orv::CollAttr<Wirx::IntfId> intfStatusAttr{1};
+
+  explicit AllIntfStatusLocalDir(const Orv::Name &name) : NamedEntity(name) {}
+
+  const Orv::Coll<Wirx::IntfId, Orv::Ptr<IntfStatus>> &intfStatus() const {
+    return intfStatus_;
+  }
+  // The interface's status, or null.
+  Orv::Ptr<const IntfStatus> intfStatus(const Wirx::IntfId &intf) const {
+    return intfStatus_[intf];
+  }
+  // The existing status, or a new one with the MTU unknown.
+  Orv::Ptr<IntfStatus> intfStatusIs(const Wirx::IntfId &intf);
+  void intfStatusDel(const Wirx::IntfId &intf) { intfStatus_.del(intf); }
+
+private:
+  Orv::Coll<Wirx::IntfId, Orv::Ptr<IntfStatus>> intfStatus_{*this,
+                                                            intfStatusAttr};
+};
+
+} // namespace Interface

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Wirx/IntfId.h"
+
+namespace Wirx {
+
+// Management interfaces: the out-of-band ports of the processor,
+// "Management1" or "Management1/1", the word followed by a port number.
+// They carry the operators' sessions, never data-plane traffic.
+class MgmtIntfId {
+public:
+  static bool isMgmtIntfId(const IntfId &intf);
+};
+
+} // namespace Wirx
