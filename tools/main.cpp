@@ -4,11 +4,13 @@
 
 #include "tools/CraftCommand.h"
 #include "tools/DecodeCommand.h"
+#include "tools/DemoCommand.h"
 #include "tools/RespondCommand.h"
 
 int main(int argc, char **argv) {
-  CLI::App app{"Decodes and crafts MPLS LSP echo requests and replies, and "
-               "answers requests as a router would."};
+  CLI::App app{"Decodes and crafts MPLS LSP echo requests and replies, "
+               "answers requests as a router would, and pings through an "
+               "in-process network."};
   app.require_subcommand(1);
   // One line per error, naming the program; subcommands take this over when
   // they are added.
@@ -19,6 +21,7 @@ int main(int argc, char **argv) {
   LspPingTool::addDecodeCommand(app, status);
   LspPingTool::addCraftCommand(app, status);
   LspPingTool::addRespondCommand(app, status);
+  LspPingTool::addDemoCommand(app, status);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError &e) {

@@ -1,0 +1,93 @@
+#include "Netsim/Network.h"
+
+#include <utility>
+
+#include "Orv/Assert.h"
+
+namespace Netsim {
+
+Network::Network(Orv::Ptr<Kiv::TimerWheel> timerWheel)
+    : timerWheel_(std::move(timerWheel)) {}
+
+// What is under way goes first, then the links, then the routers.
+Network::~Network() {
+  udpPaths_.clear();
+  links_.clear();
+  routers_.clear();
+}
+
+Router &Network::routerIs(const std::string &name, const Wirx::IpAddr &addr,
+                          const ForwardingState &state,
+                          const Wirx::Ip6Addr &addr6) {
+  ORV_ASSERT(!router(name));
+  routers_.push_back(std::make_unique<Router>(*this, name, addr, addr6, state));
+  return *routers_.back();
+}
+
+Router *Network::router(const std::string &name) const {
+  for (const auto &router : routers_) {
+    if (router->name() == name) {
+      return router.get();
+    }
+  }
+  return nullptr;
+}
+
+Router *Network::addrOwner(const Wirx::IpGenAddr &addr) const {
+  for (const auto &router : routers_) {
+    if (router->ownsAddr(addr)) {
+      return router.get();
+    }
+  }
+  return nullptr;
+}
+
+Link &Network::linkIs(Router &a, const Wirx::IntfId &aIntfId, Router &b,
+                      const Wirx::IntfId &bIntfId, double delay) {
+  ORV_ASSERT(!a.link(aIntfId) && !b.link(bIntfId));
+  links_.push_back(std::make_unique<Link>(*timerWheel_, Link::End{&a, aIntfId},
+                                          Link::End{&b, bIntfId}, delay));
+  Link &link = *links_.back();
+  a.linkIs(aIntfId, &link);
+  b.linkIs(bIntfId, &link);
+  return link;
+}
+
+double Network::pathDelay(const Router &from, const Router &to) const {
+  bool linked = false;
+  double delay = 0;
+  for (const auto &link : links_) {
+    if (link->joins(from, to) && (!linked || link->delay() < delay)) {
+      linked = true;
+      delay = link->delay();
+    }
+  }
+  return linked ? delay : defaultDelay_;
+}
+
+bool Network::datagramIs(const Router &from, Datagram datagram) {
+  Router *const to = addrOwner(datagram.dstAddr);
+  if (!to) {
+    return false;
+  }
+  udpPath(from, *to).itemIs(std::move(datagram), pathDelay(from, *to));
+  return true;
+}
+
+DelayLine<Datagram> &Network::udpPath(const Router &from, Router &to) {
+  std::unique_ptr<DelayLine<Datagram>> &path = udpPaths_[{&from, &to}];
+  if (!path) {
+    path = std::make_unique<DelayLine<Datagram>>(
+        *timerWheel_, [this, &to](std::vector<Datagram> &datagrams) {
+          if (datagramTap_) {
+            for (const Datagram &datagram : datagrams) {
+              datagramTap_(to, datagram);
+            }
+          }
+          to.rxDatagramsIs(datagrams);
+        });
+  }
+  return *path;
+}
+
+} // namespace Netsim
