@@ -1,0 +1,31 @@
+#pragma once
+
+#include <compare>
+#include <iosfwd>
+#include <string>
+#include <utility>
+
+#include "Orv/Types.h"
+
+namespace PacketTracer {
+
+// Names a request: the client that filed it and the client's own number.
+class RequestId {
+public:
+  RequestId() = default;
+  RequestId(std::string name, Orv::U32 number) noexcept
+      : name_(std::move(name)), number_(number) {}
+
+  const std::string &name() const noexcept { return name_; }
+  Orv::U32 number() const noexcept { return number_; }
+  auto operator<=>(const RequestId &) const = default;
+
+  // "<name>:<number>".
+  friend std::ostream &operator<<(std::ostream &os, const RequestId &id);
+
+private:
+  std::string name_;
+  Orv::U32 number_ = 0;
+};
+
+} // namespace PacketTracer
