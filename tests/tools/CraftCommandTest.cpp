@@ -14,6 +14,7 @@
 
 #include "../LspPing/PktGenGoldenFrames.h"
 #include "RunProgram.h"
+#include "ToolTestSupport.h"
 #include "tools/Pcap.h"
 
 namespace {
@@ -22,27 +23,11 @@ using LspPingTest::quoted;
 using LspPingTest::runLspping;
 using nlohmann::json;
 
-std::vector<json> jsonLines(const std::string &text) {
-  std::vector<json> lines;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) {
-    lines.push_back(json::parse(line));
-  }
-  return lines;
-}
+using LspPingTest::jsonLines;
 
-class CraftCommand : public testing::Test {
+class CraftCommand : public LspPingTest::ScratchDirTest {
 protected:
-  void SetUp() override {
-    dir_ = std::filesystem::temp_directory_path() /
-           ("lspping-craft-test-" + std::to_string(::getpid()));
-    std::filesystem::create_directories(dir_);
-  }
-  void TearDown() override { std::filesystem::remove_all(dir_); }
-
-  std::filesystem::path path(const std::string &name) const {
-    return dir_ / name;
-  }
+  CraftCommand() : ScratchDirTest("lspping-craft-test-") {}
 
   std::vector<std::vector<std::uint8_t>> frames(const std::string &name) {
     LspPingTool::PcapReader reader(path(name).string());
@@ -54,8 +39,6 @@ protected:
     }
     return frames;
   }
-
-  std::filesystem::path dir_;
 };
 
 TEST_F(CraftCommand, PipedIntoDecode) {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "RunProgram.h"
+#include "ToolTestSupport.h"
 #include "Tshark.h"
 
 namespace {
@@ -28,27 +29,11 @@ std::filesystem::path example(const std::string &name) {
          name;
 }
 
-std::vector<json> jsonLines(const std::string &text) {
-  std::vector<json> lines;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) {
-    lines.push_back(json::parse(line));
-  }
-  return lines;
-}
+using LspPingTest::jsonLines;
 
-class RespondCommand : public testing::Test {
+class RespondCommand : public LspPingTest::ScratchDirTest {
 protected:
-  void SetUp() override {
-    dir_ = std::filesystem::temp_directory_path() /
-           ("lspping-respond-test-" + std::to_string(::getpid()));
-    std::filesystem::create_directories(dir_);
-  }
-  void TearDown() override { std::filesystem::remove_all(dir_); }
-
-  std::filesystem::path path(const std::string &name) const {
-    return dir_ / name;
-  }
+  RespondCommand() : ScratchDirTest("lspping-respond-test-") {}
 
   // Answers the example requests as the example router `router` (its state
   // file's name without .json), the replies going to <router>.pcap.
@@ -66,8 +51,6 @@ protected:
     EXPECT_EQ(run.status, 0);
     return jsonLines(run.output);
   }
-
-  std::filesystem::path dir_;
 };
 
 // One frame's outcome in short: "CODE/SUBCODE" or "dropped: REASON".
