@@ -21,8 +21,9 @@ LspPingClientConfigColl::pingClientConfigIs(U32 clientId) {
   return config;
 }
 
-Orv::Ptr<LspPingClientConfigColl> lspPingClientConfigCollFactory() {
-  return Orv::make<LspPingClientConfigColl>();
+Orv::Ptr<LspPingClientConfigColl>
+lspPingClientConfigCollFactory(const Orv::Name &name) {
+  return Orv::make<LspPingClientConfigColl>(name);
 }
 
 Orv::Ptr<LspPingClientStatus> lspPingClientStatusFactory(U32 clientId) {
@@ -40,8 +41,9 @@ LspPingClientStatusColl::pingClientStatusIs(U32 clientId) {
   return status;
 }
 
-Orv::Ptr<LspPingClientStatusColl> lspPingClientStatusCollFactory() {
-  return Orv::make<LspPingClientStatusColl>();
+Orv::Ptr<LspPingClientStatusColl>
+lspPingClientStatusCollFactory(const Orv::Name &name) {
+  return Orv::make<LspPingClientStatusColl>(name);
 }
 
 void LspPingReplyPktInfo::valueTextReadRefused() {

@@ -2,13 +2,16 @@
 
 #include "LspPing/LspPingClientConfig.h"
 #include "Orv/Coll.h"
+#include "Orv/NamedEntity.h"
 
 namespace LspPing {
 
 // All ping client configurations, keyed by client id (also the sender
 // handle of the client's requests).
-class LspPingClientConfigColl : public Orv::Entity {
+class LspPingClientConfigColl : public Orv::NamedEntity {
 public:
+  explicit LspPingClientConfigColl(const Orv::Name &name) : NamedEntity(name) {}
+
   static constexpr Orv::CollAttr<U32> pingClientConfigAttr{1};
 
   const Orv::Coll<U32, Orv::Ptr<LspPingClientConfig>> &
@@ -29,6 +32,7 @@ private:
       *this, pingClientConfigAttr};
 };
 
-Orv::Ptr<LspPingClientConfigColl> lspPingClientConfigCollFactory();
+Orv::Ptr<LspPingClientConfigColl>
+lspPingClientConfigCollFactory(const Orv::Name &name);
 
 } // namespace LspPing

@@ -285,27 +285,27 @@ void LspPingClientRoot::ethDevPamCollectionIs(const Orv::Name &name) {
       adopted(*this, Orv::make<Interface::EthDevPamCollection>(name));
 }
 
-// The client's own collections carry no name of their own: theirs is the
-// one the host finds them under.
 void LspPingClientRoot::lspPingClientConfigCollIs(const Orv::Name &name) {
   ORV_TRACE(trace, 8, "lspPingClientConfigCollIs ", name);
-  lspPingClientConfigColl_ = adopted(*this, lspPingClientConfigCollFactory());
+  lspPingClientConfigColl_ =
+      adopted(*this, lspPingClientConfigCollFactory(name));
 }
 
 void LspPingClientRoot::lspPingClientStatusCollIs(const Orv::Name &name) {
   ORV_TRACE(trace, 8, "lspPingClientStatusCollIs ", name);
-  lspPingClientStatusColl_ = adopted(*this, lspPingClientStatusCollFactory());
+  lspPingClientStatusColl_ =
+      adopted(*this, lspPingClientStatusCollFactory(name));
 }
 
 void LspPingClientRoot::lspPingClientSmCollIs(const Orv::Name &name) {
   ORV_TRACE(trace, 8, "lspPingClientSmCollIs ", name);
-  lspPingClientSmColl_ = adopted(*this, lspPingClientSmCollFactory());
+  lspPingClientSmColl_ = adopted(*this, lspPingClientSmCollFactory(name));
 }
 
 void LspPingClientRoot::lspPingClientRxMsgPipeCollIs(const Orv::Name &name) {
   ORV_TRACE(trace, 8, "lspPingClientRxMsgPipeCollIs ", name);
   lspPingClientRxMsgPipeColl_ =
-      adopted(*this, lspPingClientRxMsgPipeCollFactory());
+      adopted(*this, lspPingClientRxMsgPipeCollFactory(name));
 }
 
 void LspPingClientRoot::intfStatusManagerRootIs(

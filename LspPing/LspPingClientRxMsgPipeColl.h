@@ -2,12 +2,16 @@
 
 #include "LspPing/LspPingMsgPipe.h"
 #include "Orv/Coll.h"
+#include "Orv/NamedEntity.h"
 
 namespace LspPing {
 
 // The mailboxes of all ping clients, keyed by client id.
-class LspPingClientRxMsgPipeColl : public Orv::Entity {
+class LspPingClientRxMsgPipeColl : public Orv::NamedEntity {
 public:
+  explicit LspPingClientRxMsgPipeColl(const Orv::Name &name)
+      : NamedEntity(name) {}
+
   static constexpr Orv::CollAttr<U32> clientRxMsgPipeAttr{1};
 
   // The client's mailbox, or null.
@@ -28,6 +32,7 @@ private:
       *this, clientRxMsgPipeAttr};
 };
 
-Orv::Ptr<LspPingClientRxMsgPipeColl> lspPingClientRxMsgPipeCollFactory();
+Orv::Ptr<LspPingClientRxMsgPipeColl>
+lspPingClientRxMsgPipeCollFactory(const Orv::Name &name);
 
 } // namespace LspPing

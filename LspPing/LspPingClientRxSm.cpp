@@ -1,5 +1,7 @@
 #include "LspPing/LspPingClientRxSm.h"
 
+#include <cstdint>
+
 #include "LspPing/LspPingDownstreamMappingTlvParser.h"
 #include "LspPing/LspPingIntfAndLabelStackTlvParser.h"
 #include "LspPing/LspPingTlvType.h"
@@ -57,9 +59,13 @@ void LspPingClientRxSm::handleRxMsg() {
   ORV_TRACE(trace, 9, clientId_, " ", hdr.stringValue());
   const NtpTimeU64 sent{hdr.tsSentSeconds(), hdr.tsSentmSeconds()};
   // No check that the stamp lies in the past: a stepped clock or a forged
-  // stamp gives a meaningless value, as it would anywhere else.
+  // stamp gives a meaningless value, as it would anywhere else. Going through
+  // a signed integer keeps that conversion defined: a negative count wraps
+  // instead of being undefined, and no elapsed time a 32-bit seconds field
+  // can give exceeds the signed range.
+  const double micros = NtpTime::elapsedTime(sent, now) * 1e6;
   const U32 roundTrip =
-      static_cast<U32>(static_cast<U64>(NtpTime::elapsedTime(sent, now) * 1e6));
+      static_cast<U32>(static_cast<U64>(static_cast<std::int64_t>(micros)));
   LspPingReplyPktInfo record(hdr.sequenceNumber(),
                              LspPingReturnCode(hdr.returnCode),
                              msg->ipGenAddr(), roundTrip);

@@ -64,8 +64,9 @@ void LspPingClientSmColl::pingClientRxSmDelAll() {
   }
 }
 
-Orv::Ptr<LspPingClientSmColl> lspPingClientSmCollFactory() {
-  return Orv::make<LspPingClientSmColl>();
+Orv::Ptr<LspPingClientSmColl>
+lspPingClientSmCollFactory(const Orv::Name &name) {
+  return Orv::make<LspPingClientSmColl>(name);
 }
 
 LspPingClientSmManager::LspPingClientSmManager(

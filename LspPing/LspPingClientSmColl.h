@@ -4,13 +4,16 @@
 #include "LspPing/LspPingClientTxSm.h"
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/NamedEntity.h"
 
 namespace LspPing {
 
 // The transmit and receive state machines of every ping client, keyed by
 // client id. Removing one runs its handleDelete first.
-class LspPingClientSmColl : public Orv::Entity {
+class LspPingClientSmColl : public Orv::NamedEntity {
 public:
+  explicit LspPingClientSmColl(const Orv::Name &name) : NamedEntity(name) {}
+
   static constexpr Orv::CollAttr<U32> pingClientTxSmAttr{1};
   static constexpr Orv::CollAttr<U32> pingClientRxSmAttr{2};
 
@@ -50,6 +53,6 @@ private:
       *this, pingClientRxSmAttr};
 };
 
-Orv::Ptr<LspPingClientSmColl> lspPingClientSmCollFactory();
+Orv::Ptr<LspPingClientSmColl> lspPingClientSmCollFactory(const Orv::Name &name);
 
 } // namespace LspPing

@@ -2,12 +2,15 @@
 
 #include "LspPing/LspPingClientStatus.h"
 #include "Orv/Coll.h"
+#include "Orv/NamedEntity.h"
 
 namespace LspPing {
 
 // The status of every ping client, keyed by client id.
-class LspPingClientStatusColl : public Orv::Entity {
+class LspPingClientStatusColl : public Orv::NamedEntity {
 public:
+  explicit LspPingClientStatusColl(const Orv::Name &name) : NamedEntity(name) {}
+
   static constexpr Orv::CollAttr<U32> pingClientStatusAttr{1};
 
   const Orv::Coll<U32, Orv::Ptr<LspPingClientStatus>> &
@@ -27,6 +30,7 @@ private:
       *this, pingClientStatusAttr};
 };
 
-Orv::Ptr<LspPingClientStatusColl> lspPingClientStatusCollFactory();
+Orv::Ptr<LspPingClientStatusColl>
+lspPingClientStatusCollFactory(const Orv::Name &name);
 
 } // namespace LspPing

@@ -44,8 +44,9 @@ Orv::Ptr<LspPingMsgPipe> lspPingMsgPipeFactory(const Orv::Name &name) {
   return Orv::make<LspPingMsgPipe>(name);
 }
 
-Orv::Ptr<LspPingClientRxMsgPipeColl> lspPingClientRxMsgPipeCollFactory() {
-  return Orv::make<LspPingClientRxMsgPipeColl>();
+Orv::Ptr<LspPingClientRxMsgPipeColl>
+lspPingClientRxMsgPipeCollFactory(const Orv::Name &name) {
+  return Orv::make<LspPingClientRxMsgPipeColl>(name);
 }
 
 LspPamPipe::LspPamPipe(const Orv::Name &name) : Pam(name) {

@@ -358,17 +358,27 @@ U32 NtpTime::fractionToU32(double fraction) {
   return static_cast<U32>(microseconds / 1000000.0 * 4294967296.0);
 }
 
-U32 NtpTime::ntpSeconds() { return static_cast<U32>(time()); }
+namespace {
+
+// The whole seconds of an NTP time, modulo 2^32 as the wire field counts
+// them: the field wraps in 2036, and the conversion must stay defined then
+// (and for a clock set before 1900).
+U32 eraSeconds(double ntpTime) {
+  return static_cast<U32>(static_cast<U64>(static_cast<Orv::S64>(ntpTime)));
+}
+
+} // namespace
+
+U32 NtpTime::ntpSeconds() { return eraSeconds(time()); }
 
 U32 NtpTime::ntpFraction() {
   const double now = time();
-  return fractionToU32(now - static_cast<U32>(now));
+  return fractionToU32(now - std::floor(now));
 }
 
 NtpTimeU64 NtpTime::ntpTime() {
   const double now = time();
-  const U32 seconds = static_cast<U32>(now);
-  return NtpTimeU64{seconds, fractionToU32(now - seconds)};
+  return NtpTimeU64{eraSeconds(now), fractionToU32(now - std::floor(now))};
 }
 
 double NtpTime::elapsedTime(const NtpTimeU64 &time0, const NtpTimeU64 &time1) {

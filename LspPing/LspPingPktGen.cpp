@@ -306,8 +306,7 @@ void LspPingPktGen::addLspPingIntfAndLabelStackTlv(
       U8(addrType);
   U8 *entry = value + ipAndIntfLen;
   for (U32 i = 0; i < labelStack.size(); ++i, entry += labelEntrySize) {
-    const bool bottom = i + 1 == labelStack.size();
-    Wirx::MplsLabelEntry(labelStack[i], 0, bottom, 0).toNbo(entry);
+    labelStack[i].toNbo(entry);
   }
   lspPingTlvHdr_ = tlv;
   lspPingTlvHdrLengthIs(static_cast<U16>(tlvSize - tlvHdrSize));

@@ -538,8 +538,7 @@ void LspPingIntfAndLabelStackTlvParser::parse() {
   view->tryCastToTlv(value, tlv->length());
   Wirx::MplsLabelStack labels;
   for (U32 i = 0; i < labelCount; ++i) {
-    labels.push(
-        Wirx::MplsLabelEntry::fromNbo(value + fixedLength + 4 * i).label());
+    labels.push(Wirx::MplsLabelEntry::fromNbo(value + fixedLength + 4 * i));
   }
   intfAndLabelStackInfo_ = LspPingIntfAndLabelStackInfo(
       view->getAddr(), Wirx::IntfId(view->getIntf().stringValue()), labels,

@@ -104,11 +104,10 @@ bool LspPingReqHandler::processPkt(const MplsUtils::EthPktParser &eth) {
   ORV_TRACE(trace, 8,
             "bool LspPing::LspPingReqHandler::processPkt(const "
             "MplsUtils::EthPktParser&)");
-  // A frame that never reached its IP layer has no UDP bytes at all.
-  const bool reachedIp = eth.parsedUpTo() >= MplsUtils::EthPktParser::Layer::ip;
-  const U32 udpBytes = reachedIp && eth.length() > eth.udpHdrOffset()
-                           ? eth.length() - eth.udpHdrOffset()
-                           : 0;
+  // Counted from where the UDP header starts, whether or not the parser
+  // found a whole one there: a frame that carries no UDP has no UDP bytes.
+  const U32 udpOffset = eth.udpHdrOffset();
+  const U32 udpBytes = udpOffset != 0 ? eth.length() - udpOffset : 0;
   if (udpBytes < udpHdrSize) {
     ORV_TRACE(trace, 0, "Packet UDP payload has incorrect size: ", udpBytes,
               " (expected ", udpHdrSize, ")");
@@ -173,14 +172,14 @@ bool LspPingReqHandler::labelProgrammed(const Request &request,
   if (labels.empty() || info.retCode != LspPingReturnCode::noRetCode) {
     return true;
   }
-  const U32 top = labels[0].value();
+  const U32 top = labels[0].label().value();
   const U32 explicitNull =
       request.eth.isIpv4() ? ipv4ExplicitNullLabel : ipv6ExplicitNullLabel;
   if (top == explicitNull) {
     return true;
   }
-  const Mpls::Hardware::RouteStatus *route =
-      mplsHwStatus_->routeTable().find(Mpls::RouteKey::fromLabel(labels[0]));
+  const Mpls::Hardware::RouteStatus *route = mplsHwStatus_->routeTable().find(
+      Mpls::RouteKey::fromLabel(labels[0].label()));
   if (!route || !route->isProgrammed()) {
     ORV_TRACE(trace, 9, "unprogrammed label: ", top);
     return false;
@@ -223,9 +222,9 @@ LspPingReqHandler::validateRequestPkt(const Orv::Ptr<Wirx::Pkt> &pkt,
     info.retSubcode = 1;
   } else {
     info.retSubcode = static_cast<U8>(labels.size());
-    workingLabel = labels[0].value();
-    info.route =
-        transitLfib_->routeTable().get(Mpls::RouteKey::fromLabel(labels[0]));
+    workingLabel = labels[0].label().value();
+    info.route = transitLfib_->routeTable().get(
+        Mpls::RouteKey::fromLabel(labels[0].label()));
     info.viaSet = transitLfib_->viaSetTable().get(info.route.viaSetKey);
     const LspPingReturnCode viaCode = viaCheck(info.viaSet);
     if (viaCode != LspPingReturnCode::noRetCode) {
@@ -463,7 +462,7 @@ void LspPingReqHandler::plainViaMappings(
     const U32 label =
         via->labelAction == Mpls::LfibLabelAction::pop || via->labelOp.empty()
             ? implicitNullLabel
-            : via->labelOp[0].value();
+            : via->labelOp[0].label().value();
     set.lspPingDownstreamMappingInfoIs(
         index,
         dsMappingInfoFromVia(withLabel({}, label), via->nexthop,
@@ -478,7 +477,7 @@ void LspPingReqHandler::extFecViaMappings(
     const Wirx::IpGenAddr &baseAddr, const LspPingMultipathBitset &bitset,
     LspPingDownstreamMappingInfoSet &set) const {
   const U32 receivedTop =
-      labelStack.empty() ? implicitNullLabel : labelStack[0].value();
+      labelStack.empty() ? implicitNullLabel : labelStack[0].label().value();
   U32 index = 0;
   for (const auto &[viaIndex, key] : viaSet.via) {
     checkViaIndex(viaIndex);
@@ -560,7 +559,7 @@ LspPingDownstreamMappingInfo LspPingReqHandler::dsMappingInfoFromVia(
   const std::size_t count = outLabelStack.empty() ? 1 : outLabelStack.size();
   for (std::size_t i = 0; i < count; ++i) {
     const U32 label =
-        i == 0 ? labelEntry.label().value() : outLabelStack[i].value();
+        i == 0 ? labelEntry.label().value() : outLabelStack[i].label().value();
     LspPingDownstreamLabelEntry entry = withLabel(labelEntry, label);
     entry.bosIs(i + 1 == count);
     entry.protocolIs(protocol);

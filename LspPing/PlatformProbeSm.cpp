@@ -35,9 +35,10 @@ PacketTracer::Request requestFor(const ClientConfig &clientConfig) {
   l2.etherType = eth->etherType();
   request.l2HeaderIs(l2);
 
-  const Orv::U32 count = pkt->labelStack().size();
+  const Wirx::MplsLabelStack &labels = pkt->labelStack();
+  const Orv::U32 count = labels.size();
   for (Orv::U32 i = 0; i < count; ++i) {
-    request.mplsLabelIs(static_cast<Orv::U8>(i), pkt->labelEntry(i));
+    request.mplsLabelIs(static_cast<Orv::U8>(i), labels[i]);
   }
   request.numMplsLabelsIs(static_cast<Orv::U8>(count));
 

@@ -60,8 +60,8 @@ void hundredThousandClients(benchmark::State &state) {
     Kiv::VirtualTime time(wheel, 1'800'000'000.0);
     auto pam = Orv::make<CountingPam>();
     const std::size_t heapBefore = heapInUse();
-    auto configs = lspPingClientConfigCollFactory();
-    auto statuses = lspPingClientStatusCollFactory();
+    auto configs = lspPingClientConfigCollFactory("lpccc");
+    auto statuses = lspPingClientStatusCollFactory("lpcsc");
     std::vector<Orv::Ptr<LspPingClientTxSm>> txSms;
     txSms.reserve(clients);
     for (U32 id = 1; id <= clients; ++id) {

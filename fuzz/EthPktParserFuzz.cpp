@@ -30,8 +30,8 @@ Orv::U64 touchLayers(const MplsUtils::EthPktParser &parser) {
   for (Orv::U32 i = 0; i < parser.vlanCount(); ++i) {
     bits += parser.vlanId(i);
   }
-  for (Orv::U32 i = 0; i < parser.labelStack().size(); ++i) {
-    bits += parser.labelStack()[i].value() + parser.labelEntry(i).word();
+  for (const Wirx::MplsLabelEntry &entry : parser.labelStack()) {
+    bits += entry.word();
   }
   bits += parser.isIpv4() + parser.isIpv6() + parser.ipHdrOffset() +
           parser.ipHdrLength() + parser.ipLength() + parser.ipTtl() +

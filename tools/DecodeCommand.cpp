@@ -409,8 +409,8 @@ nlohmann::json decodedJson(const IntfAndLabelStackReport &r) {
     return j;
   }
   nlohmann::json labels = nlohmann::json::array();
-  for (const Wirx::MplsLabel label : r.info.labelStack) {
-    labels.push_back(label.value());
+  for (const Wirx::MplsLabelEntry &entry : r.info.labelStack) {
+    labels.push_back(entry.label().value());
   }
   j["addr"] = r.info.addr.stringValue();
   j["intf"] = r.info.intf.stringValue();

@@ -90,8 +90,7 @@ bool EthPktParser::parseLabelStack() noexcept {
       return fail("MPLS label stack too deep");
     }
     word = Wirx::load32(frame_ + offset_);
-    labelWords_[labels_.size()] = word;
-    labels_.push(Wirx::MplsLabelEntry::fromWord(word).label());
+    labels_.push(Wirx::MplsLabelEntry::fromWord(word));
     offset_ += mplsEntryBytes;
   } while ((word & mplsBosBit) == 0);
   layer_ = Layer::mpls;
@@ -255,10 +254,10 @@ bool EthPktParser::scanHopByHopOptions(U32 begin, U32 end) noexcept {
 }
 
 bool EthPktParser::parseUdp() noexcept {
+  udpOffset_ = offset_;
   if (room(offset_, ipEnd_) < sizeof(Wirx::UdpHdr)) {
     return fail("Truncated UDP header");
   }
-  udpOffset_ = offset_;
   layer_ = Layer::udp;
   return true;
 }

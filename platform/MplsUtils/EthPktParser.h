@@ -58,12 +58,9 @@ public:
   }
   Orv::U16 etherType() const noexcept { return etherType_; }
 
-  // MPLS: the labels top first, and each whole entry. Empty when unlabelled.
+  // MPLS: the label stack entries as received, top first. Empty when
+  // unlabelled.
   const Wirx::MplsLabelStack &labelStack() const noexcept { return labels_; }
-  Wirx::MplsLabelEntry labelEntry(Orv::U32 index) const noexcept {
-    ORV_ASSERT(index < labels_.size());
-    return Wirx::MplsLabelEntry::fromWord(labelWords_[index]);
-  }
 
   // IP: meaningful once the IP layer is parsed (isIpv4() or isIpv6()).
   bool isIpv4() const noexcept { return family_ == Wirx::AddrFamily::ipv4; }
@@ -81,8 +78,11 @@ public:
   // An IPv4 Router Alert option or an IPv6 Hop-by-Hop Router Alert.
   bool routerAlert() const noexcept { return routerAlert_; }
 
-  // UDP: meaningful when valid().
+  // Where the UDP header starts, set as soon as the IP header says UDP
+  // follows, even when the frame ends before the UDP header does; 0 when
+  // the frame carries no UDP.
   Orv::U32 udpHdrOffset() const noexcept { return udpOffset_; }
+  // UDP: meaningful when valid().
   Orv::U32 udpPayloadOffset() const noexcept;
   // The UDP length field: header and payload, as the sender claims.
   Orv::U16 udpLength() const noexcept;
@@ -124,7 +124,6 @@ private:
   std::array<Orv::U16, maxVlanTags> vlanIds_{};
   Orv::U16 etherType_ = 0;
   Wirx::MplsLabelStack labels_;
-  std::array<Orv::U32, Wirx::MplsLabelStack::capacity> labelWords_{};
   // Where the next layer starts while parsing.
   Orv::U32 offset_ = 0;
   Orv::U32 ipOffset_ = 0;

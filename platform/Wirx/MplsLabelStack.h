@@ -3,6 +3,7 @@
 #include "Orv/Assert.h"
 #include "Orv/Types.h"
 #include "Wirx/MplsLabel.h"
+#include "Wirx/MplsLabelEntry.h"
 
 #include <algorithm>
 #include <array>
@@ -14,8 +15,11 @@
 
 namespace Wirx {
 
-// Labels in stack order, top first. Kept inline (no heap) so that parsing a
-// frame or copying a stack never allocates; real stacks are a few labels
+// Label stack entries in stack order, top first: the label with its traffic
+// class, bottom-of-stack bit and TTL, so that a stack read off the wire can
+// be written back exactly as it came. A control plane's stack names labels
+// only, and its other fields stay zero. Kept inline (no heap) so that parsing
+// a frame or copying a stack never allocates; real stacks are a few labels
 // deep, `capacity` leaves ample room.
 class MplsLabelStack {
 public:
@@ -23,9 +27,11 @@ public:
 
   constexpr MplsLabelStack() noexcept = default;
 
-  // Adds `label` below the labels already there. Throws Orv::RangeError
+  // Adds `entry` below the entries already there. Throws Orv::RangeError
   // when the stack is full.
-  void push(MplsLabel label);
+  void push(const MplsLabelEntry &entry);
+  // Adds `label` with traffic class, bottom-of-stack bit and TTL zero.
+  void push(MplsLabel label) { push(MplsLabelEntry(label, 0, false, 0)); }
   void clear() noexcept { size_ = 0; }
 
   Orv::U32 size() const noexcept { return size_; }
@@ -35,16 +41,17 @@ public:
   // every label a 20-bit value (neither `null` nor `luWithdraw`). The size
   // never exceeds `capacity`, as push() refuses to overfill.
   bool valid() const noexcept {
-    return !empty() && std::all_of(begin(), end(), [](const MplsLabel &label) {
-      return label.isWireLabel();
-    });
+    return !empty() &&
+           std::all_of(begin(), end(), [](const MplsLabelEntry &entry) {
+             return entry.label().isWireLabel();
+           });
   }
-  MplsLabel operator[](Orv::U32 index) const noexcept {
+  const MplsLabelEntry &operator[](Orv::U32 index) const noexcept {
     ORV_ASSERT(index < size_);
-    return labels_[index];
+    return entries_[index];
   }
-  const MplsLabel *begin() const noexcept { return labels_.data(); }
-  const MplsLabel *end() const noexcept { return labels_.data() + size_; }
+  const MplsLabelEntry *begin() const noexcept { return entries_.data(); }
+  const MplsLabelEntry *end() const noexcept { return entries_.data() + size_; }
 
   bool operator!() const noexcept { return empty(); }
   bool operator==(const MplsLabelStack &other) const noexcept {
@@ -56,7 +63,8 @@ public:
                                                   other.end());
   }
 
-  // "[100, 200]", top first; "[]" when empty.
+  // Top first, each entry as its label followed by the fields that are not
+  // zero: "[100, 200]", "[77/tc=3/ttl=5, 200/bos/ttl=1]"; "[]" when empty.
   std::string stringValue() const;
   static std::optional<MplsLabelStack>
   fromString(std::string_view text) noexcept;
@@ -64,7 +72,7 @@ public:
                                   const MplsLabelStack &stack);
 
 private:
-  std::array<MplsLabel, capacity> labels_{};
+  std::array<MplsLabelEntry, capacity> entries_{};
   Orv::U32 size_ = 0;
 };
 

@@ -92,9 +92,11 @@ struct Agent {
 
   Orv::Ptr<Kiv::TimerWheel> wheel = Orv::make<Kiv::TimerWheel>();
   Kiv::VirtualTime time{wheel, 1'800'000'000.0};
-  Orv::Ptr<LspPingClientConfigColl> configs = lspPingClientConfigCollFactory();
-  Orv::Ptr<LspPingClientStatusColl> statuses = lspPingClientStatusCollFactory();
-  Orv::Ptr<LspPingClientSmColl> sms = lspPingClientSmCollFactory();
+  Orv::Ptr<LspPingClientConfigColl> configs =
+      lspPingClientConfigCollFactory("lpccc");
+  Orv::Ptr<LspPingClientStatusColl> statuses =
+      lspPingClientStatusCollFactory("lpcsc");
+  Orv::Ptr<LspPingClientSmColl> sms = lspPingClientSmCollFactory("lpcsmc");
   Orv::Ptr<Interface::EthDevPamCollection> pams =
       Orv::make<Interface::EthDevPamCollection>("edpc");
   TxSmMaker maker{configs, statuses, sms, wheel};
@@ -487,11 +489,11 @@ TEST(LspPingClientConfigSmDeathTest, ClientWithoutTransmitMachine) {
        {LspPingTunnelType::tunnelUnknown, LspPingTunnelType::tunnelLdpIpv4}) {
     EXPECT_DEATH(
         {
-          auto configs = lspPingClientConfigCollFactory();
+          auto configs = lspPingClientConfigCollFactory("lpccc");
           configs->pingClientConfigIs(7)->tunnelTypeIs(type);
           lspPingClientConfigSmFactory(
-              configs, lspPingClientStatusCollFactory(),
-              lspPingClientSmCollFactory(),
+              configs, lspPingClientStatusCollFactory("lpcsc"),
+              lspPingClientSmCollFactory("lpcsmc"),
               Orv::make<Interface::EthDevPamCollection>("edpc"),
               Orv::make<Kiv::TimerWheel>());
         },

@@ -101,9 +101,17 @@ TEST(LspPingClientRoot, CreatesItsEntitiesThenItsStateMachinesInOrder) {
             }));
 
   EXPECT_TRUE(root->initialized());
-  EXPECT_EQ(root->deviceIntfStatusDir()->name().stringValue(), "disd");
-  EXPECT_EQ(root->pamDesiredIntfDir()->name().stringValue(), "pdid");
-  EXPECT_EQ(root->ethDevPamCollection()->name().stringValue(), "edpc");
+  const std::pair<const Orv::NamedEntity *, const char *> named[] = {
+      {root->deviceIntfStatusDir().get(), "disd"},
+      {root->pamDesiredIntfDir().get(), "pdid"},
+      {root->ethDevPamCollection().get(), "edpc"},
+      {root->lspPingClientConfigColl().get(), "lpccc"},
+      {root->lspPingClientStatusColl().get(), "lpcsc"},
+      {root->lspPingClientSmColl().get(), "lpcsmc"},
+      {root->lspPingClientRxMsgPipeColl().get(), "lpcrpc"}};
+  for (const auto &[entity, name] : named) {
+    EXPECT_EQ(entity->name().stringValue(), name);
+  }
   const std::vector<const Orv::Entity *> owned{
       root->deviceIntfStatusDir().get(), root->lspPingClientConfigColl().get(),
       root->lspPingClientRxMsgPipeColl().get(),

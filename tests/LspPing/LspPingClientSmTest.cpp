@@ -74,11 +74,13 @@ struct ClientSide {
 
   Orv::Ptr<Kiv::TimerWheel> wheel = Orv::make<Kiv::TimerWheel>();
   Kiv::VirtualTime time{wheel, start};
-  Orv::Ptr<LspPingClientConfigColl> configs = lspPingClientConfigCollFactory();
-  Orv::Ptr<LspPingClientStatusColl> statuses = lspPingClientStatusCollFactory();
-  Orv::Ptr<LspPingClientSmColl> sms = lspPingClientSmCollFactory();
+  Orv::Ptr<LspPingClientConfigColl> configs =
+      lspPingClientConfigCollFactory("lpccc");
+  Orv::Ptr<LspPingClientStatusColl> statuses =
+      lspPingClientStatusCollFactory("lpcsc");
+  Orv::Ptr<LspPingClientSmColl> sms = lspPingClientSmCollFactory("lpcsmc");
   Orv::Ptr<LspPingClientRxMsgPipeColl> pipes =
-      lspPingClientRxMsgPipeCollFactory();
+      lspPingClientRxMsgPipeCollFactory("lpcrpc");
   Orv::Ptr<LspPingClientSmManager> manager =
       lspPingClientSmManagerFactory(configs, statuses, sms, pipes, wheel);
   Orv::Ptr<Wirx::MemUdpPam> udp = Orv::make<Wirx::MemUdpPam>("udp", 49152);
@@ -96,8 +98,13 @@ TEST(LspPingClientRxSm, RecordsEachReplyUnderItsSequenceSlot) {
   // 1.5 ms in NTP fraction units, rounded up so that it reads back whole.
   const NtpTimeU64 earlier{sent.seconds, sent.microSeconds - 6442451};
   c.udp->rxPktIs(responder, 3503, reply(7, 258, earlier));
+  // A stamp from the future (a stepped clock, a forged reply) gives a
+  // meaningless value, but a defined one: the negative count wrapped.
+  const NtpTimeU64 later{sent.seconds, sent.microSeconds + 6442451};
+  c.udp->rxPktIs(responder, 3503, reply(7, 259, later));
   const auto &ring = c.status(7)->replyPktInfo();
-  ASSERT_EQ(ring.size(), 2u);
+  ASSERT_EQ(ring.size(), 3u);
+  EXPECT_EQ(ring[3].roundTrip, U32(-1500));
   const LspPingReplyPktInfo &first = ring[1];
   EXPECT_EQ(first.seqNum, 257u);
   EXPECT_EQ(first.retCode, LspPingReturnCode::labelSwitchedAtStackDep);
@@ -179,7 +186,7 @@ TEST(LspPingClientListenerSm, ManyQueuedRepliesTakeSeveralRuns) {
 }
 
 TEST(LspPingClientSmManager, MachineryFollowsTheConfiguration) {
-  auto configs = lspPingClientConfigCollFactory();
+  auto configs = lspPingClientConfigCollFactory("lpccc");
   configs->pingClientConfigIs(3);
   ClientSide c;
   EXPECT_NE(c.sms->pingClientTxSm(7), nullptr) << "present before start";

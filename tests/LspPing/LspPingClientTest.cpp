@@ -19,7 +19,7 @@ struct ChangeLog : Orv::Reactor {
 };
 
 TEST(LspPingClientConfig, NewConfigurationHoldsTheDefaults) {
-  auto configs = lspPingClientConfigCollFactory();
+  auto configs = lspPingClientConfigCollFactory("lpccc");
   auto config = configs->pingClientConfigIs(42);
   EXPECT_EQ(config->clientId(), 42u);
   EXPECT_EQ(config->parent(), configs.get());
@@ -64,7 +64,7 @@ TEST(LspPingClientConfig, NotifiesOnlyOnChange) {
 }
 
 TEST(LspPingClientConfigColl, NotifiesPerKeyAddedOrRemoved) {
-  auto configs = lspPingClientConfigCollFactory();
+  auto configs = lspPingClientConfigCollFactory("lpccc");
   struct Keys : Orv::Reactor {
     std::vector<U32> seen;
   } keys;
@@ -80,7 +80,7 @@ TEST(LspPingClientConfigColl, NotifiesPerKeyAddedOrRemoved) {
 }
 
 TEST(LspPingClientStatus, SequenceNumberAndTheReplyRing) {
-  auto statuses = lspPingClientStatusCollFactory();
+  auto statuses = lspPingClientStatusCollFactory("lpcsc");
   auto status = statuses->pingClientStatusIs(7);
   ChangeLog log;
   log.watchEverything(*status);

@@ -196,15 +196,15 @@ TEST(LspPingClientTxSm, LabelStackBottomAndTtlDefaults) {
   c.config->enabledIs(true);
   c.time.runFor(2);
   const Client::Sent sent = c.frame(0);
-  ASSERT_EQ(sent.eth.labelStack().size(), 3u);
+  const Wirx::MplsLabelStack &labels = sent.eth.labelStack();
+  ASSERT_EQ(labels.size(), 3u);
   for (Orv::U32 i = 0; i < 3; ++i) {
-    const Wirx::MplsLabelEntry entry = sent.eth.labelEntry(i);
-    EXPECT_EQ(entry.bos(), i == 2) << i;
-    EXPECT_EQ(entry.tc(), 5) << i;
+    EXPECT_EQ(labels[i].bos(), i == 2) << i;
+    EXPECT_EQ(labels[i].tc(), 5) << i;
   }
-  EXPECT_EQ(sent.eth.labelEntry(0).ttl(), 255);
-  EXPECT_EQ(sent.eth.labelEntry(1).ttl(), 0) << "no TTL configured";
-  EXPECT_EQ(sent.eth.labelEntry(2).ttl(), 64);
+  EXPECT_EQ(labels[0].ttl(), 255);
+  EXPECT_EQ(labels[1].ttl(), 0) << "no TTL configured";
+  EXPECT_EQ(labels[2].ttl(), 64);
   EXPECT_EQ(sent.eth.ipTtl(), 1);
 }
 

@@ -46,7 +46,7 @@ TEST(LspPingMsgPipeDeathTest, SecondMessageIntoAFullSlotAborts) {
 }
 
 TEST(LspPingClientRxMsgPipeColl, NotifiesPerClient) {
-  auto pipes = lspPingClientRxMsgPipeCollFactory();
+  auto pipes = lspPingClientRxMsgPipeCollFactory("lpcrpc");
   struct Watcher : Orv::Reactor {
     std::vector<U32> keys;
   } watcher;

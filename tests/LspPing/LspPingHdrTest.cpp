@@ -246,6 +246,10 @@ TEST(NtpTime, ReadsTheRuntimeClockOnTheNtpEpoch) {
   EXPECT_EQ(now.microSeconds, 1073741824u);
   EXPECT_EQ(NtpTime::ntpSeconds(), now.seconds);
   EXPECT_EQ(NtpTime::ntpFraction(), now.microSeconds);
+  // The seconds field wraps in February 2036: the count goes on modulo 2^32.
+  Orv::VirtualClock nextEra(4294967296.0 - 2208988800.0 + 1.5);
+  Orv::clockIs(&nextEra);
+  EXPECT_EQ(NtpTime::ntpTime(), (NtpTimeU64{1, 2147483648u}));
   Orv::clockIs(nullptr);
   EXPECT_EQ(Orv::valueText(now),
             "Value('LspPing::NtpTimeU64', ** {'seconds': 3908988800, "

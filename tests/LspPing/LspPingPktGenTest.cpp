@@ -133,7 +133,7 @@ TEST(LspPingPktGen, EchoMessageWithoutLowerLayers) {
   auto gen = newPktGen();
   gen->addLspPingHdr(1, 0, 2, 2, 0, 0, 9, 3, 1, 2, 3, 4);
   Wirx::MplsLabelStack labels;
-  labels.push(Wirx::MplsLabel(16));
+  labels.push(Wirx::MplsLabelEntry(Wirx::MplsLabel(16), 0, true, 0));
   gen->addLspPingIntfAndLabelStackTlv(LspPingAddrType::ipv4Unnumbered,
                                       ip4("0.0.0.0"), Wirx::IntfId(), labels);
   gen->computeHdrLenChecksum();

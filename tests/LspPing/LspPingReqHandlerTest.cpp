@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "LspPing/LspPingDownstreamMappingTlvParser.h"
@@ -36,6 +37,9 @@ struct Request {
   U8 replyMode = 2;
   U16 srcPort = 49152;
   U16 dstPort = 3503;
+  // Per label, outermost first; labels past their end get tc 0 and TTL 255.
+  std::vector<U8> tcs{};
+  std::vector<U8> ttls{};
 
   Orv::Ptr<Wirx::Pkt> frame() const {
     auto pkt = Wirx::Pkt::make(0);
@@ -45,7 +49,8 @@ struct Request {
     gen->addEtherHdr(mac, mac,
                      labels.empty() ? (ipv6 ? 0x86DD : 0x0800) : 0x8847);
     for (std::size_t i = 0; i < labels.size(); ++i) {
-      gen->addMplsHdr(labels[i], 0, i + 1 == labels.size(), 255);
+      gen->addMplsHdr(labels[i], i < tcs.size() ? tcs[i] : 0,
+                      i + 1 == labels.size(), i < ttls.size() ? ttls[i] : 255);
     }
     if (ipv6) {
       gen->addIp6Hdr(*Wirx::Ip6Addr::fromString("2001:db8::9"),
@@ -207,13 +212,18 @@ struct TraceLog : Orv::TraceSink {
     Orv::traceLevelIs("LspPing/LspPingReqHandler", -1);
     Orv::traceSinkIs(nullptr);
   }
-  void write(std::string_view, int, std::string_view text) override {
-    lines.emplace_back(text);
+  void write(std::string_view, int level, std::string_view text) override {
+    lines.emplace_back(level, text);
   }
-  bool has(const std::string &text) const {
-    return std::find(lines.begin(), lines.end(), text) != lines.end();
+  bool has(const std::string &text) const { return levelOf(text) >= 0; }
+  // The level `text` was traced at, or -1.
+  int levelOf(const std::string &text) const {
+    const auto it = std::find_if(lines.begin(), lines.end(), [&](auto &line) {
+      return line.second == text;
+    });
+    return it == lines.end() ? -1 : it->first;
   }
-  std::vector<std::string> lines;
+  std::vector<std::pair<int, std::string>> lines;
 };
 
 using Fec = Request::Fec;
@@ -384,17 +394,19 @@ TEST(LspPingReqHandler, TiLfaTunnelViaMapsThroughTheTunnel) {
 
 TEST(LspPingReqHandler, LabelStackEchoedWhenAnsweredWithoutVerdict) {
   Router router;
-  ASSERT_TRUE(router.answer({{transitLabel, 16}, Fec::nil}));
+  Request request{{transitLabel, 16}, Fec::nil};
+  request.tcs = {3, 0};
+  request.ttls = {5, 1};
+  ASSERT_TRUE(router.answer(request));
   auto pdu = router.reply();
   ASSERT_EQ(pdu->tlvNum(), 1u);
   auto ils =
       lspPingIntfAndLabelStackTlvParserFactory(pdu->pkt(), pdu->tlvOffset(0));
   ils->initializedIs(true);
   ASSERT_TRUE(ils->valid()) << ils->reason();
-  const Wirx::MplsLabelStack &stack = ils->intfAndLabelStackInfo().labelStack;
-  ASSERT_EQ(stack.size(), 2u);
-  EXPECT_EQ(stack[0].value(), transitLabel);
-  EXPECT_EQ(stack[1].value(), 16u);
+  EXPECT_EQ(ils->intfAndLabelStackInfo().labelStack.stringValue(),
+            "[1000/tc=3/ttl=5, 16/bos/ttl=1]")
+      << "every entry as received";
 
   ASSERT_TRUE(router.answer({{}, Fec::nil}));
   EXPECT_EQ(router.reply()->tlvNum(), 0u) << "unlabelled: no TLV";
@@ -449,6 +461,13 @@ TEST(LspPingReqHandler, MalformedPacketsAreDroppedWithTheirReason) {
   auto cut = Wirx::Pkt::copyOf(full->data(), 14 + 4 + 24 + 8 + 20);
   EXPECT_FALSE(router.handler->processPkt(MplsUtils::EthPktParser(cut)));
   EXPECT_TRUE(log.has("LspPingHdr is corrupted"));
+  // Cut inside the UDP header: counted from where that header starts, not
+  // from wherever the Ethernet parser stopped.
+  auto noUdp = Wirx::Pkt::copyOf(full->data(), 14 + 4 + 24 + 5);
+  EXPECT_FALSE(router.handler->processPkt(MplsUtils::EthPktParser(noUdp)));
+  EXPECT_EQ(
+      log.levelOf("Packet UDP payload has incorrect size: 5 (expected 8)"), 0);
+  EXPECT_FALSE(log.has("Invalid lspPingHdr"));
   for (U32 len = 0; len < full->frontBytes(); ++len) {
     auto part = Wirx::Pkt::copyOf(full->data(), len);
     EXPECT_FALSE(router.handler->processPkt(MplsUtils::EthPktParser(part)))

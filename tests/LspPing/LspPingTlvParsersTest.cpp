@@ -123,9 +123,7 @@ TEST(LspPingIntfAndLabelStackTlvParser, ReadsAddressInterfaceAndLabels) {
   const LspPingIntfAndLabelStackInfo &info = parser->intfAndLabelStackInfo();
   EXPECT_EQ(info.addr.stringValue(), "10.0.0.1");
   EXPECT_EQ(info.intf.name(), "10.0.0.2");
-  ASSERT_EQ(info.labelStack.size(), 2u);
-  EXPECT_EQ(info.labelStack[0].value(), 100u);
-  EXPECT_EQ(info.labelStack[1].value(), 200u);
+  EXPECT_EQ(info.labelStack.stringValue(), "[100/ttl=255, 200/bos/ttl=255]");
   EXPECT_TRUE(info.valid);
 
   auto v6 = parseIls("0007 0024 03 000000 20010db8000000000000000000000001 "

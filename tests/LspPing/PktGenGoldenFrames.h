@@ -263,8 +263,8 @@ inline const std::vector<GoldenFrame> &goldenFrames() {
          replyHeader(gen);
          ldpFec(gen);
          Wirx::MplsLabelStack labels;
-         labels.push(Wirx::MplsLabel(100));
-         labels.push(Wirx::MplsLabel(200));
+         labels.push(Wirx::MplsLabelEntry(Wirx::MplsLabel(100), 2, false, 64));
+         labels.push(Wirx::MplsLabelEntry(Wirx::MplsLabel(200), 0, true, 1));
          gen.addLspPingIntfAndLabelStackTlv(
              LspPing::LspPingAddrType::ipv4Numbered, ip4("10.0.0.1"),
              Wirx::IntfId("Ethernet1"), labels);
@@ -274,16 +274,17 @@ inline const std::vector<GoldenFrame> &goldenFrames() {
        "020000000001 020000000002 0800 |"
        // total length 104, TTL 255, 10.0.0.2 -> 10.0.0.1
        "46 00 0068 0000 4000 ff 11 d27d 0a000002 0a000001 94040000 |"
-       "0daf c000 0050 14e0 |"
+       "0daf c000 0050 109f |"
        // echo reply, return code 3, subcode 1, received 1.5 s after sending
        "0001 0000 02 02 03 01 00000007 0000002a ecca2a00 12345678 "
        "ecca2a01 80000000 |"
        // Target FEC Stack keeps its own length 12
        "0001 000c | 0001 0005 0a010101 20 00 0000 |"
        // Interface and Label Stack, length 20: IPv4 numbered, mbz, address
-       // and interface left zero, labels 100 and 200 (bottom), tc 0, TTL 0
-       "0007 0014 | 01 00 0000 | 00000000 | 00000000 | 00064 0 00 | "
-       "000c8 1 00",
+       // and interface left zero, each entry as given: 100 tc 2 TTL 64, 200
+       // bottom of stack TTL 1
+       "0007 0014 | 01 00 0000 | 00000000 | 00000000 | 00064 4 40 | "
+       "000c8 1 01",
        2,
        {1, 7},
        {12, 20},
@@ -295,8 +296,8 @@ inline const std::vector<GoldenFrame> &goldenFrames() {
          gen.addIp6Hdr(ip6("2001:db8::2"), ip6("2001:db8::1"), 255, udp);
          replyHeader(gen);
          Wirx::MplsLabelStack labels;
-         labels.push(Wirx::MplsLabel(100));
-         labels.push(Wirx::MplsLabel(200));
+         labels.push(Wirx::MplsLabelEntry(Wirx::MplsLabel(100), 2, false, 64));
+         labels.push(Wirx::MplsLabelEntry(Wirx::MplsLabel(200), 0, true, 1));
          gen.addLspPingIntfAndLabelStackTlv(
              LspPing::LspPingAddrType::ipv6Numbered, ip6("2001:db8::2"),
              Wirx::IntfId("Ethernet1"), labels);
@@ -306,13 +307,13 @@ inline const std::vector<GoldenFrame> &goldenFrames() {
        // payload 88, hop limit 255, 2001:db8::2 -> 2001:db8::1
        "60000000 0058 11 ff | 20010db8000000000000000000000002 |"
        "20010db8000000000000000000000001 |"
-       "0daf c000 0058 f65a |"
+       "0daf c000 0058 f219 |"
        "0001 0000 02 02 03 01 00000007 0000002a ecca2a00 12345678 "
        "ecca2a01 80000000 |"
        // Interface and Label Stack, length 44: IPv6 numbered, mbz, address
-       // and interface left zero, labels 100 and 200 (bottom)
+       // and interface left zero, labels 100 and 200 (bottom) as given
        "0007 002c | 03 00 0000 | 00000000000000000000000000000000 |"
-       "00000000000000000000000000000000 | 00064 0 00 | 000c8 1 00",
+       "00000000000000000000000000000000 | 00064 4 40 | 000c8 1 01",
        2,
        {7},
        {44},

@@ -202,7 +202,7 @@ TEST(DecodeCommand, TextOutput) {
            "    label 16009 tc 5 bos true protocol 6\n"
            "  tlv type 7 offset 110 length 24\n"
            "    interface and label stack: addr 10.0.0.2 intf 10.0.1.2 "
-           "labelStack [100, 200]\n"
+           "labelStack [100/ttl=254, 200/bos/ttl=1]\n"
            "  tlvSupported: false\n",
        }) {
     EXPECT_NE(run.output.find(line), std::string::npos) << line << run.output;

@@ -25,7 +25,7 @@ struct TiLfaTunnelTableEntry {
   // implicit null when the tunnel pushes none (its tail is the next hop).
   Wirx::MplsLabel topLabel() const {
     return labelStack.empty() ? Wirx::MplsLabel(Wirx::MplsLabel::implicitNull)
-                              : labelStack[0];
+                              : labelStack[0].label();
   }
 
   bool operator==(const TiLfaTunnelTableEntry &) const = default;

@@ -43,7 +43,7 @@ TEST(ForwardingStatus, EachFamilyHoldsOnlyItsOwnFecs) {
   ASSERT_NE(fib6->fecTable().find(fec("2001:db8::9/128")), nullptr);
   const Mesk::FibFec &found = fib->fecTable()[fec("10.0.0.9/32")];
   EXPECT_EQ(found, v4);
-  EXPECT_EQ(found.via[1].labelStack[0], Wirx::MplsLabel(16009));
+  EXPECT_EQ(found.via[1].labelStack[0].label(), Wirx::MplsLabel(16009));
   EXPECT_TRUE(!fib->fecTable()[fec("10.0.0.8/32")]);
 
   fib->fecDel(fec("10.0.0.9/32"));

@@ -49,7 +49,7 @@ TEST(LfibStatus, RouteLeadsToItsViaSetAndVias) {
   EXPECT_EQ(foundSet, viaSet);
   const Mpls::LfibVia *via = lfib->viaTable().find(foundSet.via[0]);
   ASSERT_NE(via, nullptr);
-  EXPECT_EQ(via->labelOp[0], MplsLabel(17001));
+  EXPECT_EQ(via->labelOp[0].label(), MplsLabel(17001));
   EXPECT_EQ(lfib->viaTable().find(foundSet.via[1]), nullptr);
 
   // Unknown keys read as the empty values: the default route points at

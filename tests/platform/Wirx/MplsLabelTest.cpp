@@ -120,8 +120,8 @@ MplsLabelStack stackOf(std::initializer_list<Orv::U32> values) {
 TEST(MplsLabelStackTest, KeepsLabelsTopFirstUpToCapacity) {
   MplsLabelStack stack = stackOf({100, 200});
   ASSERT_EQ(stack.size(), 2u);
-  EXPECT_EQ(stack[0], MplsLabel(100));
-  EXPECT_EQ(stack[1], MplsLabel(200));
+  EXPECT_EQ(stack[0], MplsLabelEntry(MplsLabel(100), 0, false, 0));
+  EXPECT_EQ(stack[1].label(), MplsLabel(200));
   EXPECT_FALSE(!stack);
   stack.clear();
   EXPECT_TRUE(stack.empty());
@@ -155,8 +155,13 @@ TEST(MplsLabelStackTest, ValidWhenNotEmptyAndEveryLabelFitsTwentyBits) {
 TEST(MplsLabelStackTest, TextRoundTrips) {
   EXPECT_EQ(stackOf({100, 200}).stringValue(), "[100, 200]");
   EXPECT_EQ(MplsLabelStack().stringValue(), "[]");
+  MplsLabelStack received;
+  received.push(MplsLabelEntry(MplsLabel(77), 3, false, 5));
+  received.push(MplsLabelEntry(MplsLabel(200), 0, true, 1));
+  EXPECT_EQ(received.stringValue(), "[77/tc=3/ttl=5, 200/bos/ttl=1]");
   for (const MplsLabelStack &stack :
-       {stackOf({}), stackOf({3}), stackOf({1048575, 16, MplsLabel::null})}) {
+       {stackOf({}), stackOf({3}), stackOf({1048575, 16, MplsLabel::null}),
+        received}) {
     EXPECT_EQ(MplsLabelStack::fromString(stack.stringValue()), stack);
   }
   std::ostringstream os;
@@ -169,7 +174,8 @@ TEST(MplsLabelStackTest, TextRoundTrips) {
   deep += "]";
   for (const std::string &bad :
        {""s, "["s, "]"s, "100"s, "[100"s, "[100,200]"s, "[100, ]"s, "[, 100]"s,
-        "[100] "s, "[] "s, "[1, 2]x"s, "[9999999]"s, deep}) {
+        "[100] "s, "[] "s, "[1, 2]x"s, "[9999999]"s, "[1/tc=8]"s,
+        "[1/ttl=256]"s, "[1/ttl=1/tc=1]"s, deep}) {
     EXPECT_FALSE(MplsLabelStack::fromString(bad)) << bad;
   }
 }
