@@ -21,6 +21,7 @@
 #include "Wirx/EthHdr.h"
 #include "Wirx/IpGenPrefix.h"
 #include "Wirx/Pkt.h"
+#include "tools/ExitStatus.h"
 #include "tools/Pcap.h"
 
 namespace LspPingTool {
@@ -495,12 +496,12 @@ int craft(const Options &o) {
   Plan p;
   if (const auto error = plan(o, p)) {
     std::cerr << "lspping: craft: " << *error << "\n";
-    return 1;
+    return exitError;
   }
   PcapWriter writer(o.file);
   if (!writer.ok()) {
     std::cerr << "lspping: " << o.file << ": " << writer.error() << "\n";
-    return 1;
+    return exitError;
   }
   LspPing::NtpTimeU64 sent = LspPing::NtpTime::ntpTime();
   if (o.timestamp) {
@@ -516,7 +517,7 @@ int craft(const Options &o) {
     writer.write(std::span<const U8>(pkt->data(), pkt->frontBytes()),
                  U32(stamp.seconds - unixToNtp), micros);
   }
-  return 0;
+  return exitOk;
 }
 
 } // namespace

@@ -23,6 +23,7 @@
 #include "LspPing/LspPingTlvType.h"
 #include "MplsUtils/EthPktParser.h"
 #include "Wirx/Pkt.h"
+#include "tools/ExitStatus.h"
 #include "tools/Pcap.h"
 
 namespace LspPingTool {
@@ -476,29 +477,34 @@ void printJson(std::ostream &out, U32 frameNumber, const FrameReport &r) {
       << "\n";
 }
 
-// Decodes one file; false when it could not be read as an Ethernet capture.
-bool decodeFile(const std::string &path, bool json) {
+// Decodes one file: exitNo when a frame is no valid echo message,
+// exitError when the file cannot be read as an Ethernet capture.
+int decodeFile(const std::string &path, bool json) {
   PcapReader reader(path);
   if (!reader.ok()) {
     // libpcap's message names the file already.
     std::cerr << "lspping: " << reader.error() << "\n";
-    return false;
+    return exitError;
   }
   if (reader.linkType() != DLT_EN10MB) {
     const char *name = pcap_datalink_val_to_name(reader.linkType());
     std::cerr << "lspping: " << path << ": link type "
               << (name ? name : std::to_string(reader.linkType()))
               << " is not Ethernet\n";
-    return false;
+    return exitError;
   }
   if (!json) {
     std::cout << path << "\n";
   }
+  int status = exitOk;
   std::span<const U8> frame;
   U32 frameNumber = 0;
   while (reader.next(frame)) {
     const FrameReport report = decodeFrame(frame);
     ++frameNumber;
+    if (report.notEcho || !report.valid) {
+      status = exitNo;
+    }
     if (json) {
       printJson(std::cout, frameNumber, report);
     } else {
@@ -507,9 +513,9 @@ bool decodeFile(const std::string &path, bool json) {
   }
   if (!reader.error().empty()) {
     std::cerr << "lspping: " << path << ": " << reader.error() << "\n";
-    return false;
+    return exitError;
   }
-  return true;
+  return status;
 }
 
 } // namespace
@@ -529,11 +535,10 @@ void addDecodeCommand(CLI::App &app, int &status) {
                 "further has its findings under decoded");
   cmd->add_option("FILE", options->files, "pcap capture files")->required();
   cmd->callback([options, &status] {
-    status = 0;
+    // Every file is decoded, whatever became of the ones before.
+    status = exitOk;
     for (const std::string &path : options->files) {
-      if (!decodeFile(path, options->json)) {
-        status = 1;
-      }
+      status = std::max(status, decodeFile(path, options->json));
     }
   });
 }

@@ -21,6 +21,7 @@
 #include "Orv/Trace.h"
 #include "Wirx/MemUdpPam.h"
 #include "Wirx/Pkt.h"
+#include "tools/ExitStatus.h"
 #include "tools/Pcap.h"
 #include "tools/ReplyFrame.h"
 #include "tools/StateFile.h"
@@ -188,31 +189,31 @@ int respond(const Options &o) {
   if (o.out == "-") {
     std::cerr << "lspping: respond: --out must name a file: the report goes "
                  "to standard output\n";
-    return 1;
+    return exitError;
   }
   std::optional<RouterState> state;
   try {
     state = loadStateFile(o.state);
   } catch (const StateFileError &e) {
     std::cerr << "lspping: " << e.what() << "\n";
-    return 1;
+    return exitError;
   }
   PcapReader reader(o.in);
   if (!reader.ok()) {
     std::cerr << "lspping: " << reader.error() << "\n";
-    return 1;
+    return exitError;
   }
   if (reader.linkType() != DLT_EN10MB) {
     const char *name = pcap_datalink_val_to_name(reader.linkType());
     std::cerr << "lspping: " << o.in << ": link type "
               << (name ? name : std::to_string(reader.linkType()))
               << " is not Ethernet\n";
-    return 1;
+    return exitError;
   }
   PcapWriter writer(o.out);
   if (!writer.ok()) {
     std::cerr << "lspping: " << o.out << ": " << writer.error() << "\n";
-    return 1;
+    return exitError;
   }
   Responder responder(*state);
   std::span<const U8> frame;
@@ -230,13 +231,13 @@ int respond(const Options &o) {
   }
   if (!reader.error().empty()) {
     std::cerr << "lspping: " << o.in << ": " << reader.error() << "\n";
-    return 1;
+    return exitError;
   }
   if (!o.json) {
     std::cout << frameNumber << " frames, " << replies << " replies written to "
               << o.out << "\n";
   }
-  return 0;
+  return replies == frameNumber ? exitOk : exitNo;
 }
 
 } // namespace

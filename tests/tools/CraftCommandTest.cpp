@@ -209,7 +209,7 @@ TEST_F(CraftCommand, BadValuesAreRefusedWithOneLine) {
     const auto out = path("bad.pcap");
     const auto run =
         runLspping("craft " + options + " " + quoted(out) + " 2>&1 >/dev/null");
-    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.status, 2);
     EXPECT_EQ(run.output.rfind("lspping: ", 0), 0u) << run.output;
     EXPECT_EQ(run.output.find('\n'), run.output.size() - 1) << run.output;
     EXPECT_FALSE(std::filesystem::exists(out));

@@ -89,8 +89,9 @@ TEST_F(RespondCommand, EachExampleRouterAnswersTheExampleRequests) {
   };
   for (const auto &[router, outcomes] : expected) {
     SCOPED_TRACE(router);
+    // Requests go unanswered: the data said no.
     const auto run = respond(router);
-    ASSERT_EQ(run.status, 0) << run.output;
+    ASSERT_EQ(run.status, 1) << run.output;
     const std::vector<json> lines = jsonLines(run.output);
     ASSERT_EQ(lines.size(), outcomes.size()) << run.output;
     for (std::size_t i = 0; i < lines.size(); ++i) {
@@ -103,7 +104,7 @@ TEST_F(RespondCommand, EachExampleRouterAnswersTheExampleRequests) {
 
 TEST_F(RespondCommand, TextReportEndsWithACount) {
   const auto run = respond("egress", "");
-  ASSERT_EQ(run.status, 0);
+  ASSERT_EQ(run.status, 1);
   EXPECT_EQ(run.output,
             "frame 1: repRouterEgress (subcode 1), reply to 10.0.0.1 port "
             "49152\n"
@@ -137,7 +138,7 @@ std::vector<std::string> mappings(const json &reply) {
 }
 
 TEST_F(RespondCommand, TransitRepliesMapEveryVia) {
-  ASSERT_EQ(respond("transit").status, 0);
+  ASSERT_EQ(respond("transit").status, 1);
   const std::vector<json> transit = decodedReplies("transit");
   ASSERT_EQ(transit.size(), 3u);
   // The reply to frame 2 echoes the request and maps both ECMP vias: LDP
@@ -158,7 +159,7 @@ TEST_F(RespondCommand, TransitRepliesMapEveryVia) {
 
   // The TI-LFA router's backup via leaves through the repair tunnel, with
   // the tunnel's labels; its segment-routing label forwards on the FIB.
-  ASSERT_EQ(respond("tilfa").status, 0);
+  ASSERT_EQ(respond("tilfa").status, 1);
   const std::vector<json> tilfa = decodedReplies("tilfa");
   ASSERT_EQ(tilfa.size(), 3u);
   EXPECT_EQ(mappings(tilfa[1]), (std::vector<std::string>{
@@ -224,7 +225,7 @@ TEST_F(RespondCommand, RepliesAreWellFormedOnTheWire) {
   for (const auto &[router, frames] : expected) {
     SCOPED_TRACE(router);
     if (router != "v6") {
-      ASSERT_EQ(respond(router).status, 0);
+      ASSERT_EQ(respond(router).status, 1);
     }
     std::vector<std::string> got;
     for (const std::string &line :
@@ -250,7 +251,7 @@ TEST_F(RespondCommand, EveryFrameGetsAnOutcome) {
   const auto run = runLspping(
       "respond --json --state " + quoted(example("transit.json")) + " --in " +
       quoted(example("malformed.pcap")) + " --out " + quoted(path("m.pcap")));
-  ASSERT_EQ(run.status, 0);
+  ASSERT_EQ(run.status, 1);
   const std::vector<json> lines = jsonLines(run.output);
   ASSERT_EQ(lines.size(), 9u);
   EXPECT_EQ(outcome(lines[0]), "dropped: LspPingHdr is corrupted");
@@ -267,7 +268,7 @@ TEST_F(RespondCommand, EveryFrameGetsAnOutcome) {
   const auto unsent = runLspping(
       "respond --json --state " + quoted(example("egress.json")) + " --in " +
       quoted(fromPortZero) + " --out " + quoted(path("unsent.pcap")));
-  ASSERT_EQ(unsent.status, 0);
+  ASSERT_EQ(unsent.status, 1);
   EXPECT_EQ(outcome(jsonLines(unsent.output).at(0)),
             "dropped: the reply could not be sent to 10.0.0.1 port 0");
 }
@@ -295,14 +296,14 @@ TEST_F(RespondCommand, RefusesWhatItCannotUseAndWritesNothing) {
     SCOPED_TRACE(c.args);
     const auto run = runLspping("respond " + c.args + " --out " + quoted(out) +
                                 " 2>&1 >/dev/null");
-    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.status, 2);
     EXPECT_EQ(run.output, c.message);
     EXPECT_FALSE(std::filesystem::exists(out));
   }
   const auto toStdout =
       runLspping("respond --state " + quoted(example("egress.json")) +
                  " --in " + requests + " --out - 2>&1 >/dev/null");
-  EXPECT_EQ(toStdout.status, 1);
+  EXPECT_EQ(toStdout.status, 2);
   EXPECT_EQ(toStdout.output, "lspping: respond: --out must name a file: the "
                              "report goes to standard output\n");
 }
