@@ -499,16 +499,12 @@ int craft(const Options &o) {
     return exitError;
   }
   PcapWriter writer(o.file);
-  if (!writer.ok()) {
-    std::cerr << "lspping: " << o.file << ": " << writer.error() << "\n";
-    return exitError;
-  }
   LspPing::NtpTimeU64 sent = LspPing::NtpTime::ntpTime();
   if (o.timestamp) {
     sent = {*o.timestamp, 0};
   }
   constexpr std::uint64_t unixToNtp = 2208988800u;
-  for (U32 i = 0; i < o.count; ++i) {
+  for (U32 i = 0; i < o.count && writer.ok(); ++i) {
     // One request a second, as a client sends them by default.
     const LspPing::NtpTimeU64 stamp{sent.seconds + i, sent.microSeconds};
     const auto pkt = buildRequest(o, p, o.sequence + i, stamp);
@@ -516,6 +512,10 @@ int craft(const Options &o) {
         U32((std::uint64_t{stamp.microSeconds} * 1000000) >> 32);
     writer.write(std::span<const U8>(pkt->data(), pkt->frontBytes()),
                  U32(stamp.seconds - unixToNtp), micros);
+  }
+  if (!writer.close()) {
+    std::cerr << "lspping: " << writer.error() << "\n";
+    return exitError;
   }
   return exitOk;
 }

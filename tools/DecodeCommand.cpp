@@ -482,15 +482,7 @@ void printJson(std::ostream &out, U32 frameNumber, const FrameReport &r) {
 int decodeFile(const std::string &path, bool json) {
   PcapReader reader(path);
   if (!reader.ok()) {
-    // libpcap's message names the file already.
     std::cerr << "lspping: " << reader.error() << "\n";
-    return exitError;
-  }
-  if (reader.linkType() != DLT_EN10MB) {
-    const char *name = pcap_datalink_val_to_name(reader.linkType());
-    std::cerr << "lspping: " << path << ": link type "
-              << (name ? name : std::to_string(reader.linkType()))
-              << " is not Ethernet\n";
     return exitError;
   }
   if (!json) {
@@ -511,8 +503,8 @@ int decodeFile(const std::string &path, bool json) {
       printText(std::cout, frameNumber, report);
     }
   }
-  if (!reader.error().empty()) {
-    std::cerr << "lspping: " << path << ": " << reader.error() << "\n";
+  if (!reader.ok()) {
+    std::cerr << "lspping: " << reader.error() << "\n";
     return exitError;
   }
   return status;

@@ -203,23 +203,16 @@ int respond(const Options &o) {
     std::cerr << "lspping: " << reader.error() << "\n";
     return exitError;
   }
-  if (reader.linkType() != DLT_EN10MB) {
-    const char *name = pcap_datalink_val_to_name(reader.linkType());
-    std::cerr << "lspping: " << o.in << ": link type "
-              << (name ? name : std::to_string(reader.linkType()))
-              << " is not Ethernet\n";
-    return exitError;
-  }
   PcapWriter writer(o.out);
   if (!writer.ok()) {
-    std::cerr << "lspping: " << o.out << ": " << writer.error() << "\n";
+    std::cerr << "lspping: " << writer.error() << "\n";
     return exitError;
   }
   Responder responder(*state);
   std::span<const U8> frame;
   U32 frameNumber = 0;
   U32 replies = 0;
-  while (reader.next(frame)) {
+  while (writer.ok() && reader.next(frame)) {
     const Outcome outcome = responder.answer(frame, writer);
     ++frameNumber;
     replies += outcome.answered ? 1 : 0;
@@ -229,8 +222,11 @@ int respond(const Options &o) {
       printText(std::cout, frameNumber, outcome);
     }
   }
-  if (!reader.error().empty()) {
-    std::cerr << "lspping: " << o.in << ": " << reader.error() << "\n";
+  // A capture cut short gets no replies file, nor does one that cannot be
+  // written whole.
+  if (!reader.ok() || !writer.close()) {
+    std::cerr << "lspping: " << (reader.ok() ? writer.error() : reader.error())
+              << "\n";
     return exitError;
   }
   if (!o.json) {

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "RunProgram.h"
+#include "ToolTestSupport.h"
 #include "tools/Pcap.h"
 
 namespace {
@@ -233,13 +234,7 @@ TEST(DecodeCommand, DamagedMessagesStillDecode) {
                    ("lspping-damaged-test-" + std::to_string(::getpid()));
   std::filesystem::create_directories(dir);
   const auto capture = dir / "damaged.pcap";
-  {
-    LspPingTool::PcapWriter writer(capture.string());
-    ASSERT_TRUE(writer.ok()) << writer.error();
-    for (const auto &frame : damaged) {
-      writer.write(frame, 0, 0);
-    }
-  }
+  LspPingTest::writeCapture(capture, damaged);
   const auto run = runLspping("decode --json " + quoted(capture));
   EXPECT_EQ(run.status, 1);
   std::istringstream lines(run.output);
@@ -249,45 +244,6 @@ TEST(DecodeCommand, DamagedMessagesStillDecode) {
   }
   EXPECT_EQ(count, damaged.size());
   EXPECT_EQ(runLspping("decode " + quoted(capture) + " >/dev/null").status, 1);
-  std::filesystem::remove_all(dir);
-}
-
-TEST(DecodeCommand, RefusesWhatItCannotRead) {
-  const auto dir = std::filesystem::temp_directory_path() /
-                   ("lspping-decode-test-" + std::to_string(::getpid()));
-  std::filesystem::create_directories(dir);
-  const auto raw = dir / "raw-ip.pcap";
-  {
-    LspPingTool::PcapWriter writer(raw.string(), DLT_RAW);
-    ASSERT_TRUE(writer.ok()) << writer.error();
-  }
-  // A file cut short inside its only frame.
-  const auto cut = dir / "cut.pcap";
-  {
-    LspPingTool::PcapWriter writer(cut.string());
-    ASSERT_TRUE(writer.ok()) << writer.error();
-    const std::vector<std::uint8_t> frame(60, 0);
-    writer.write(frame, 0, 0);
-  }
-  std::filesystem::resize_file(cut, 24 + 16 + 10);
-
-  auto run = runLspping("decode " + quoted(raw) + " 2>&1");
-  EXPECT_EQ(run.status, 2);
-  EXPECT_NE(run.output.find("is not Ethernet"), std::string::npos)
-      << run.output;
-  EXPECT_EQ(run.output.find('\n'), run.output.size() - 1) << run.output;
-
-  run = runLspping("decode " + quoted(dir / "missing.pcap") + " 2>/dev/null");
-  EXPECT_EQ(run.status, 2);
-  EXPECT_EQ(run.output, "");
-
-  // The other files are still decoded.
-  run = runLspping("decode --json " + quoted(cut) + " " +
-                   quoted(example("reply.pcap")) + " 2>/dev/null");
-  EXPECT_EQ(run.status, 2);
-  EXPECT_NE(run.output.find("\"valid\":true"), std::string::npos) << run.output;
-
-  EXPECT_EQ(runLspping("decode --bogus 2>/dev/null").status, 2);
   std::filesystem::remove_all(dir);
 }
 

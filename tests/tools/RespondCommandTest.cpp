@@ -273,39 +273,4 @@ TEST_F(RespondCommand, EveryFrameGetsAnOutcome) {
             "dropped: the reply could not be sent to 10.0.0.1 port 0");
 }
 
-TEST_F(RespondCommand, RefusesWhatItCannotUseAndWritesNothing) {
-  const auto broken = path("broken.json");
-  std::ofstream(broken) << R"({"lfib": {"routes": [{"label": 1000,
-      "viaSet": 7, "source": "ldp"}]}})";
-  const auto out = path("out.pcap");
-  const std::string requests = quoted(example("requests.pcap"));
-  struct Case {
-    std::string args;
-    std::string message;
-  };
-  const Case cases[] = {
-      {"--state " + quoted(broken) + " --in " + requests,
-       "lspping: " + broken.string() +
-           ": /lfib/routes/0/viaSet: no via set 7 in /lfib/viaSets\n"},
-      {"--state " + quoted(example("egress.json")) + " --in " +
-           quoted(path("missing.pcap")),
-       "lspping: " + path("missing.pcap").string() +
-           ": No such file or directory\n"},
-  };
-  for (const Case &c : cases) {
-    SCOPED_TRACE(c.args);
-    const auto run = runLspping("respond " + c.args + " --out " + quoted(out) +
-                                " 2>&1 >/dev/null");
-    EXPECT_EQ(run.status, 2);
-    EXPECT_EQ(run.output, c.message);
-    EXPECT_FALSE(std::filesystem::exists(out));
-  }
-  const auto toStdout =
-      runLspping("respond --state " + quoted(example("egress.json")) +
-                 " --in " + requests + " --out - 2>&1 >/dev/null");
-  EXPECT_EQ(toStdout.status, 2);
-  EXPECT_EQ(toStdout.output, "lspping: respond: --out must name a file: the "
-                             "report goes to standard output\n");
-}
-
 } // namespace
