@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cstdint>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <span>
@@ -20,6 +21,7 @@
 #include "LspPing/NtpTime.h"
 #include "Wirx/EthHdr.h"
 #include "Wirx/IpGenPrefix.h"
+#include "Wirx/MplsLabelStack.h"
 #include "Wirx/Pkt.h"
 #include "tools/ExitStatus.h"
 #include "tools/Pcap.h"
@@ -371,6 +373,13 @@ std::optional<std::string> plan(const Options &o, Plan &p) {
   }
   p.srcMac = *Wirx::EthAddr::fromString(o.srcMac);
   p.dstMac = *Wirx::EthAddr::fromString(o.dstMac);
+  // What decode, or a router, could not read back is not written.
+  if (o.labels.size() > Wirx::MplsLabelStack::capacity) {
+    return "--label: " + std::to_string(o.labels.size()) +
+           " labels, more than the " +
+           std::to_string(Wirx::MplsLabelStack::capacity) +
+           " a label stack holds";
+  }
   for (const std::string &label : o.labels) {
     p.labels.push_back(*labelArg(label));
   }
@@ -390,6 +399,13 @@ std::optional<std::string> plan(const Options &o, Plan &p) {
   }
   if (o.dsLabels.empty()) {
     return "--ds-map needs at least one --ds-label";
+  }
+  constexpr std::size_t maxDsLabels =
+      std::numeric_limits<decltype(p.dsLabels.size)>::max();
+  if (o.dsLabels.size() > maxDsLabels) {
+    return "--ds-label: " + std::to_string(o.dsLabels.size()) +
+           " labels, more than the " + std::to_string(maxDsLabels) +
+           " a downstream mapping holds";
   }
   for (std::size_t i = 0; i < o.dsLabels.size(); ++i) {
     const DsLabelArg arg = *dsLabelArg(o.dsLabels[i]);
@@ -551,7 +567,8 @@ void addCraftCommand(CLI::App &app, int &status) {
          "a label stack entry, outermost first, repeatable: LABEL (0 to "
          "1048575) with /ttl=N (0 to 255, default 255) and /tc=N (0 to 7, "
          "default 0), e.g. --label 100 --label 200/ttl=64/tc=3; the last one "
-         "is the bottom of the stack. Without labels the frame is plain IP")
+         "is the bottom of the stack, 16 at most. Without labels the frame "
+         "is plain IP")
       ->check(readable(labelArg, "LABEL[/ttl=N][/tc=N]", "a label entry"))
       ->take_all();
   cmd->add_option("--src-port", o->srcPort, "UDP source port")
@@ -592,7 +609,8 @@ void addCraftCommand(CLI::App &app, int &status) {
          "--ds-label", o->dsLabels,
          "a downstream label, top first, repeatable, at least one with "
          "--ds-map: LABEL with /tc=N and /proto=unknown|static|bgp|ldp|"
-         "rsvp|ospf|isis (default unknown); the last one is the bottom")
+         "rsvp|ospf|isis (default unknown); the last one is the bottom, 255 "
+         "at most")
       ->check(readable(dsLabelArg, "LABEL[/tc=N][/proto=NAME]",
                        "a downstream label"))
       ->take_all();

@@ -74,6 +74,14 @@ protected:
   }
 };
 
+std::string repeated(const std::string &text, std::size_t times) {
+  std::string all;
+  for (std::size_t i = 0; i < times; ++i) {
+    all += text;
+  }
+  return all;
+}
+
 struct Case {
   std::string args;
   int status;
@@ -129,6 +137,14 @@ TEST_F(CommandLine, ExitStatusAndMessage) {
       {"craft %D/dir", 2, "lspping: %D/dir: Is a directory\n"},
       {"craft %D/no/out.pcap", 2,
        "lspping: %D/no/out.pcap: No such file or directory\n"},
+      {"craft" + repeated(" --label 16", 17) + " %D/out.pcap", 2,
+       "lspping: craft: --label: 17 labels, more than the 16 a label stack "
+       "holds\n"},
+      {"craft --ds-map 10.0.0.2" + repeated(" --ds-label 3", 256) +
+           " %D/out.pcap",
+       2,
+       "lspping: craft: --ds-label: 256 labels, more than the 255 a "
+       "downstream mapping holds\n"},
 
       {respond + requests + "--out %D/out.pcap", 1, ""},
       {respond + "--in %D/cut.pcap --out %D/out.pcap", 2,
