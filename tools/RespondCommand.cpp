@@ -108,6 +108,11 @@ public:
                      " bytes, too large for a packet buffer");
     }
     const MplsUtils::EthPktParser eth(pkt);
+    // A hosting agent hands the responder only the frames the parser took
+    // down to UDP: of the others, the parser says what is wrong.
+    if (!eth.valid()) {
+      return dropped(eth.reason());
+    }
     bool sent = false;
     try {
       sent = handler_->processPkt(eth);

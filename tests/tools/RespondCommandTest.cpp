@@ -16,6 +16,7 @@
 #include "RunProgram.h"
 #include "ToolTestSupport.h"
 #include "Tshark.h"
+#include "tools/Pcap.h"
 
 namespace {
 
@@ -241,6 +242,63 @@ TEST_F(RespondCommand, RepliesAreWellFormedOnTheWire) {
       got.push_back(kept);
     }
     EXPECT_EQ(got, frames);
+  }
+}
+
+// Frames the Ethernet parser refuses never reach the responder, as in a
+// hosting agent: respond drops each with the parser's reason, the one
+// decode gives.
+TEST_F(RespondCommand, FramesTheParserRefusesGetItsReason) {
+  const auto crafted = path("crafted.pcap");
+  ASSERT_EQ(runLspping("craft --fec ldp=10.0.0.9/32 " + quoted(crafted)).status,
+            0);
+  LspPingTool::PcapReader reader(crafted.string());
+  std::span<const std::uint8_t> frame;
+  ASSERT_TRUE(reader.next(frame)) << reader.error();
+  // Ethernet, then IPv4 with Router Alert (24 bytes), UDP, the message.
+  const std::vector<std::uint8_t> request(frame.begin(), frame.end());
+  constexpr std::size_t ip = 14;
+  struct Case {
+    const char *reason;
+    std::vector<std::uint8_t> frame;
+  };
+  std::vector<Case> cases = {
+      {"MPLS label stack too deep", request},
+      {"Malformed IPv4 options", request},
+      {"Truncated UDP header", request},
+  };
+  // 20 labels, the last one the bottom of the stack.
+  std::vector<std::uint8_t> &labelled = cases[0].frame;
+  labelled[12] = 0x88;
+  labelled[13] = 0x47;
+  for (int i = 0; i < 20; ++i) {
+    const std::uint8_t entry[] = {0x00, 0x06, 0x40, 0xff};
+    labelled.insert(labelled.begin() + ip + 4 * i, entry, entry + 4);
+  }
+  labelled[ip + 4 * 19 + 2] |= 0x01;
+  cases[1].frame[ip] = 0x4f;   // a 60-byte header
+  cases[2].frame[ip + 3] = 28; // total length: the header and 4 bytes
+  std::vector<std::vector<std::uint8_t>> frames;
+  for (const Case &c : cases) {
+    frames.push_back(c.frame);
+  }
+  const auto damaged = path("damaged.pcap");
+  LspPingTest::writeCapture(damaged, frames);
+
+  const auto responded = runLspping(
+      "respond --json --state " + quoted(example("egress.json")) + " --in " +
+      quoted(damaged) + " --out " + quoted(path("out.pcap")));
+  EXPECT_EQ(responded.status, 1);
+  const auto decoded = runLspping("decode --json " + quoted(damaged));
+  const std::vector<json> outcomes = jsonLines(responded.output);
+  const std::vector<json> verdicts = jsonLines(decoded.output);
+  ASSERT_EQ(outcomes.size(), cases.size()) << responded.output;
+  ASSERT_EQ(verdicts.size(), cases.size()) << decoded.output;
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    SCOPED_TRACE(cases[i].reason);
+    EXPECT_EQ(outcome(outcomes[i]), "dropped: " + std::string(cases[i].reason));
+    EXPECT_EQ(verdicts[i]["reason"],
+              "not an MPLS echo message: " + std::string(cases[i].reason));
   }
 }
 
