@@ -25,6 +25,7 @@
 #include "Wirx/Pkt.h"
 #include "tools/ExitStatus.h"
 #include "tools/Pcap.h"
+#include "tools/SignalingProtocolName.h"
 
 namespace LspPingTool {
 
@@ -104,26 +105,6 @@ struct DsLabelArg {
   LspPing::LspPingDownstreamSignalingProtocol protocol = LspPing::
       LspPingDownstreamSignalingProtocol::dsInfoSignalingProtocolUnknown;
 };
-
-std::optional<LspPing::LspPingDownstreamSignalingProtocol>
-signalingProtocol(std::string_view name) {
-  using P = LspPing::LspPingDownstreamSignalingProtocol;
-  static const std::pair<std::string_view, P> names[] = {
-      {"unknown", P::dsInfoSignalingProtocolUnknown},
-      {"static", P::dsInfoSignalingProtocolStatic},
-      {"bgp", P::dsInfoSignalingProtocolBgp},
-      {"ldp", P::dsInfoSignalingProtocolLdp},
-      {"rsvp", P::dsInfoSignalingProtocolRsvpTe},
-      {"ospf", P::dsInfoSignalingProtocolOspf},
-      {"isis", P::dsInfoSignalingProtocolIsis},
-  };
-  for (const auto &[text, protocol] : names) {
-    if (text == name) {
-      return protocol;
-    }
-  }
-  return std::nullopt;
-}
 
 std::optional<DsLabelArg> dsLabelArg(std::string_view text) {
   DsLabelArg arg;

@@ -61,8 +61,8 @@ TEST_F(CraftCommand, PipedIntoDecode) {
     EXPECT_EQ(f["header"]["tsSentSeconds"], 3972672000u + i);
     // Ethernet 14, two labels 8, IPv4 with Router Alert 24, UDP 8, echo
     // header 32: the Target FEC Stack starts at 86.
-    EXPECT_EQ(f["tlvs"], json::parse(R"([{"type":1,"offset":86,"length":16,
-        "decoded":{"valid":true,"reason":"",
+    EXPECT_EQ(f["tlvs"], json::parse(R"([{"type":1,"typeName":"TargetFecStack",
+        "offset":86,"length":16,"decoded":{"valid":true,"reason":"",
                    "fec":{"kind":"prefix","prefix":"10.1.1.1/32"},
                    "subTlvs":["ldpIpv4"]}}])"));
   }
@@ -145,15 +145,17 @@ TEST_F(CraftCommand, Ipv6WithSegmentRoutingFecAndDownstreamMapping) {
   EXPECT_EQ(tlvs[0]["offset"], 98);
   EXPECT_EQ(tlvs[0]["length"], 28);
   EXPECT_EQ(tlvs[0]["decoded"]["fec"]["prefix"], "2001:db8::9/128");
-  EXPECT_EQ(tlvs[1], json::parse(R"({"type":2,"offset":126,"length":72,
-      "decoded":{"valid":true,"reason":"","mtu":1500,"addrType":3,
-                 "dsFlags":0,"dsIpAddr":"2001:db8::2",
-                 "dsIntfAddr":"2001:db8::2","multipathType":8,"depthLimit":0,
-                 "dsMultipathBaseAddr":"::ffff:127.0.0.0",
-                 "dsMultipathBitset":"40000000",
-                 "labelStack":[
-                   {"label":300,"tc":5,"bos":false,"protocol":6},
-                   {"label":3,"tc":0,"bos":true,"protocol":6}]}})"));
+  EXPECT_EQ(tlvs[1]["decoded"], json::parse(R"({"valid":true,"reason":"",
+      "mtu":1500,"addrType":3,"addrTypeName":"ipv6Numbered","dsFlags":0,
+      "dsIpAddr":"2001:db8::2","dsIntfAddr":"2001:db8::2",
+      "multipathType":8,"multipathTypeName":"maskedIpSetMultipath",
+      "depthLimit":0,"dsMultipathBaseAddr":"::ffff:127.0.0.0",
+      "dsMultipathBitset":"40000000",
+      "labelStack":[
+        {"label":300,"tc":5,"bos":false,"protocol":6,"protocolName":"isis"},
+        {"label":3,"tc":0,"bos":true,"protocol":6,"protocolName":"isis"}]})"));
+  EXPECT_EQ(tlvs[1]["offset"], 126);
+  EXPECT_EQ(tlvs[1]["length"], 72);
 }
 
 TEST_F(CraftCommand, CountWritesConsecutiveRequests) {
