@@ -164,6 +164,8 @@ TEST_F(CommandLine, ExitStatusAndMessage) {
        "standard output\n"},
       {"respond --state %D/missing.json " + requests + "--out %D/out.pcap", 2,
        "lspping: %D/missing.json: No such file or directory\n"},
+      {"respond --state %D/dir " + requests + "--out %D/out.pcap", 2,
+       "lspping: %D/dir: Is a directory\n"},
   };
   const std::set<std::string> fixtures = files();
   for (const Case &c : cases) {
