@@ -279,31 +279,37 @@ std::string ntpText(U32 seconds, U32 fraction) {
 
 // The multipath bytes behind the base address, in hex.
 std::string bitsetHex(const LspPing::LspPingMultipathBitset &bitset) {
-  std::string hex;
+  std::string text;
   for (U32 i = 0; i < bitset.size; ++i) {
     char byte[3];
     std::snprintf(byte, sizeof byte, "%02x", bitset.bitset[i]);
-    hex += byte;
+    text += byte;
   }
-  return hex;
+  return text;
 }
 
-// Label stacks are printed through these two alone: what a label entry of
-// a stack holds is said in one place.
+// A label stack's entries are shown by these two alone, so that what an
+// entry holds is said in one place.
+std::string labelText(const Wirx::MplsLabel &label) {
+  return label.stringValue();
+}
+
+nlohmann::json labelJson(const Wirx::MplsLabel &label) { return label.value(); }
+
 std::string labelStackText(const Wirx::MplsLabelStack &stack) {
   std::string text;
-  for (const Wirx::MplsLabel label : stack) {
-    text += (text.empty() ? "" : " ") + label.stringValue();
+  for (const auto &entry : stack) {
+    text += (text.empty() ? "" : " ") + labelText(entry);
   }
   return text.empty() ? "empty" : text;
 }
 
 nlohmann::json labelStackJson(const Wirx::MplsLabelStack &stack) {
-  nlohmann::json labels = nlohmann::json::array();
-  for (const Wirx::MplsLabel label : stack) {
-    labels.push_back(label.value());
+  nlohmann::json entries = nlohmann::json::array();
+  for (const auto &entry : stack) {
+    entries.push_back(labelJson(entry));
   }
-  return labels;
+  return entries;
 }
 
 // Prints one field a line, the values aligned in one column, each level of

@@ -26,8 +26,7 @@ std::string unknownSubcommand(const CLI::App &app, int argc, char **argv) {
     names += i == 0 ? "" : i + 1 == subcommands.size() ? " or " : ", ";
     names += subcommands[i]->get_name();
   }
-  return "unknown subcommand '" + std::string(argv[1]) + "' (expected " +
-         names + ")";
+  return "unknown subcommand '" + std::string(argv[1]) + "': expected " + names;
 }
 
 } // namespace

@@ -96,8 +96,8 @@ TEST_F(CommandLine, ExitStatusAndMessage) {
   const std::string requests = "--in %E/requests.pcap ";
   const Case cases[] = {
       {"bogus", 2,
-       "lspping: unknown subcommand 'bogus' (expected decode, craft, respond "
-       "or demo) (see --help)\n"},
+       "lspping: unknown subcommand 'bogus': expected decode, craft, respond "
+       "or demo (see --help)\n"},
       {"", 2, "lspping: A subcommand is required (see --help)\n"},
       {"decode", 2, "lspping: FILE is required (see --help)\n"},
       {"--help", 0, ""},
