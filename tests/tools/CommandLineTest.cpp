@@ -12,6 +12,8 @@
 #include <regex>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "RunProgram.h"
 #include "ToolTestSupport.h"
@@ -177,6 +179,30 @@ TEST_F(CommandLine, ExitStatusAndMessage) {
       EXPECT_EQ(files(), fixtures) << "written in part";
     }
     std::filesystem::remove(path("out.pcap"));
+  }
+}
+
+// Each subcommand's help names every option, and the forms of its values.
+TEST_F(CommandLine, HelpDocumentsEveryOption) {
+  const std::pair<std::string, std::vector<std::string>> helps[] = {
+      {"decode", {"FILE", "--json"}},
+      {"craft", {"FILE",       "--src ",        "--dst ",
+                 "--src-mac",  "--dst-mac",     "--label",
+                 "--src-port", "--dst-port",    "--sender-handle",
+                 "--sequence", "--count",       "--timestamp",
+                 "--fec",      "ldp=",          "rsvp=",
+                 "sr=",        "nil=",          "none",
+                 "--ds-map",   "--ds-intf",     "--ds-mtu",
+                 "--ds-label", "--ds-multipath"}},
+      {"respond", {"--state", "--in", "--out", "--json"}},
+  };
+  for (const auto &[subcommand, options] : helps) {
+    const auto run = runLspping(subcommand + " --help");
+    EXPECT_EQ(run.status, 0);
+    for (const std::string &option : options) {
+      EXPECT_NE(run.output.find(option), std::string::npos)
+          << subcommand << " " << option;
+    }
   }
 }
 

@@ -273,11 +273,4 @@ TEST_F(DecodeCommand, DamagedMessagesStillDecode) {
   EXPECT_EQ(runLspping("decode " + quoted(capture) + " >/dev/null").status, 1);
 }
 
-TEST_F(DecodeCommand, HelpDocumentsTheOptions) {
-  const auto run = runLspping("decode --help");
-  EXPECT_EQ(run.status, 0);
-  EXPECT_NE(run.output.find("--json"), std::string::npos) << run.output;
-  EXPECT_NE(run.output.find("FILE"), std::string::npos) << run.output;
-}
-
 } // namespace
