@@ -37,6 +37,10 @@ int main(int argc, char **argv) {
                "answers requests as a router would, and pings through an "
                "in-process network."};
   app.set_version_flag("--version", "lspping " LSPPING_VERSION);
+  app.footer("Exit status: 0 all went well, 1 the data said no (a frame that "
+             "is no valid echo message, a request left unanswered), 2 a "
+             "mistake on the command line or a file that cannot be read or "
+             "written.");
   app.require_subcommand(1);
   // One line per error, naming the program.
   app.failure_message([](const CLI::App *, const CLI::Error &e) {
