@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cstdint>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <span>
@@ -20,8 +21,11 @@
 #include "LspPing/NtpTime.h"
 #include "Wirx/EthHdr.h"
 #include "Wirx/IpGenPrefix.h"
+#include "Wirx/MplsLabelStack.h"
 #include "Wirx/Pkt.h"
+#include "tools/ExitStatus.h"
 #include "tools/Pcap.h"
+#include "tools/SignalingProtocolName.h"
 
 namespace LspPingTool {
 
@@ -101,26 +105,6 @@ struct DsLabelArg {
   LspPing::LspPingDownstreamSignalingProtocol protocol = LspPing::
       LspPingDownstreamSignalingProtocol::dsInfoSignalingProtocolUnknown;
 };
-
-std::optional<LspPing::LspPingDownstreamSignalingProtocol>
-signalingProtocol(std::string_view name) {
-  using P = LspPing::LspPingDownstreamSignalingProtocol;
-  static const std::pair<std::string_view, P> names[] = {
-      {"unknown", P::dsInfoSignalingProtocolUnknown},
-      {"static", P::dsInfoSignalingProtocolStatic},
-      {"bgp", P::dsInfoSignalingProtocolBgp},
-      {"ldp", P::dsInfoSignalingProtocolLdp},
-      {"rsvp", P::dsInfoSignalingProtocolRsvpTe},
-      {"ospf", P::dsInfoSignalingProtocolOspf},
-      {"isis", P::dsInfoSignalingProtocolIsis},
-  };
-  for (const auto &[text, protocol] : names) {
-    if (text == name) {
-      return protocol;
-    }
-  }
-  return std::nullopt;
-}
 
 std::optional<DsLabelArg> dsLabelArg(std::string_view text) {
   DsLabelArg arg;
@@ -370,6 +354,13 @@ std::optional<std::string> plan(const Options &o, Plan &p) {
   }
   p.srcMac = *Wirx::EthAddr::fromString(o.srcMac);
   p.dstMac = *Wirx::EthAddr::fromString(o.dstMac);
+  // What decode, or a router, could not read back is not written.
+  if (o.labels.size() > Wirx::MplsLabelStack::capacity) {
+    return "--label: " + std::to_string(o.labels.size()) +
+           " labels, more than the " +
+           std::to_string(Wirx::MplsLabelStack::capacity) +
+           " a label stack holds";
+  }
   for (const std::string &label : o.labels) {
     p.labels.push_back(*labelArg(label));
   }
@@ -389,6 +380,13 @@ std::optional<std::string> plan(const Options &o, Plan &p) {
   }
   if (o.dsLabels.empty()) {
     return "--ds-map needs at least one --ds-label";
+  }
+  constexpr std::size_t maxDsLabels =
+      std::numeric_limits<decltype(p.dsLabels.size)>::max();
+  if (o.dsLabels.size() > maxDsLabels) {
+    return "--ds-label: " + std::to_string(o.dsLabels.size()) +
+           " labels, more than the " + std::to_string(maxDsLabels) +
+           " a downstream mapping holds";
   }
   for (std::size_t i = 0; i < o.dsLabels.size(); ++i) {
     const DsLabelArg arg = *dsLabelArg(o.dsLabels[i]);
@@ -495,19 +493,15 @@ int craft(const Options &o) {
   Plan p;
   if (const auto error = plan(o, p)) {
     std::cerr << "lspping: craft: " << *error << "\n";
-    return 1;
+    return exitError;
   }
   PcapWriter writer(o.file);
-  if (!writer.ok()) {
-    std::cerr << "lspping: " << o.file << ": " << writer.error() << "\n";
-    return 1;
-  }
   LspPing::NtpTimeU64 sent = LspPing::NtpTime::ntpTime();
   if (o.timestamp) {
     sent = {*o.timestamp, 0};
   }
   constexpr std::uint64_t unixToNtp = 2208988800u;
-  for (U32 i = 0; i < o.count; ++i) {
+  for (U32 i = 0; i < o.count && writer.ok(); ++i) {
     // One request a second, as a client sends them by default.
     const LspPing::NtpTimeU64 stamp{sent.seconds + i, sent.microSeconds};
     const auto pkt = buildRequest(o, p, o.sequence + i, stamp);
@@ -516,7 +510,11 @@ int craft(const Options &o) {
     writer.write(std::span<const U8>(pkt->data(), pkt->frontBytes()),
                  U32(stamp.seconds - unixToNtp), micros);
   }
-  return 0;
+  if (!writer.close()) {
+    std::cerr << "lspping: " << writer.error() << "\n";
+    return exitError;
+  }
+  return exitOk;
 }
 
 } // namespace
@@ -550,7 +548,8 @@ void addCraftCommand(CLI::App &app, int &status) {
          "a label stack entry, outermost first, repeatable: LABEL (0 to "
          "1048575) with /ttl=N (0 to 255, default 255) and /tc=N (0 to 7, "
          "default 0), e.g. --label 100 --label 200/ttl=64/tc=3; the last one "
-         "is the bottom of the stack. Without labels the frame is plain IP")
+         "is the bottom of the stack, 16 at most. Without labels the frame "
+         "is plain IP")
       ->check(readable(labelArg, "LABEL[/ttl=N][/tc=N]", "a label entry"))
       ->take_all();
   cmd->add_option("--src-port", o->srcPort, "UDP source port")
@@ -591,7 +590,8 @@ void addCraftCommand(CLI::App &app, int &status) {
          "--ds-label", o->dsLabels,
          "a downstream label, top first, repeatable, at least one with "
          "--ds-map: LABEL with /tc=N and /proto=unknown|static|bgp|ldp|"
-         "rsvp|ospf|isis (default unknown); the last one is the bottom")
+         "rsvp|ospf|isis (default unknown); the last one is the bottom, 255 "
+         "at most")
       ->check(readable(dsLabelArg, "LABEL[/tc=N][/proto=NAME]",
                        "a downstream label"))
       ->take_all();

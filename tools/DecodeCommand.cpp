@@ -3,7 +3,9 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
+#include <ctime>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -13,17 +15,25 @@
 #include <variant>
 #include <vector>
 
+#include "LspPing/LspPingAddrType.h"
 #include "LspPing/LspPingConstant.h"
 #include "LspPing/LspPingDownstreamMappingTlvParser.h"
 #include "LspPing/LspPingHdr.h"
 #include "LspPing/LspPingIntfAndLabelStackTlvParser.h"
+#include "LspPing/LspPingMsgType.h"
+#include "LspPing/LspPingMultipathType.h"
 #include "LspPing/LspPingPduParser.h"
+#include "LspPing/LspPingReplyMode.h"
+#include "LspPing/LspPingReturnCode.h"
 #include "LspPing/LspPingTargetFecTlvParser.h"
 #include "LspPing/LspPingTlvHdr.h"
 #include "LspPing/LspPingTlvType.h"
 #include "MplsUtils/EthPktParser.h"
 #include "Wirx/Pkt.h"
+#include "tools/ExitStatus.h"
 #include "tools/Pcap.h"
+#include "tools/SignalingProtocolName.h"
+#include "tools/StandardOutput.h"
 
 namespace LspPingTool {
 
@@ -223,96 +233,192 @@ template <class... Fns> struct Overloaded : Fns... {
 };
 template <class... Fns> Overloaded(Fns...) -> Overloaded<Fns...>;
 
-std::string fecText(const Fec &fec) {
-  return std::visit(
+// The name of `value` in enumeration E, empty for a value it has no name
+// for.
+template <class E> std::string_view nameOf(U32 value) {
+  return Orv::EnumTraits<E>::type.nameOf(value);
+}
+
+// "name (number)", as a reader looks a value up by either.
+std::string withNumber(std::string_view name, U32 value) {
+  return (name.empty() ? std::string("unknown") : std::string(name)) + " (" +
+         std::to_string(value) + ")";
+}
+
+template <class E> std::string named(U32 value) {
+  return withNumber(nameOf<E>(value), value);
+}
+
+std::string hex(U32 value, int digits) {
+  char text[16];
+  std::snprintf(text, sizeof text, "0x%0*x", digits, value);
+  return text;
+}
+
+// An NTP time stamp as UTC date and time to the microsecond. The seconds
+// wrap in 2036: a value with the top bit clear is taken to be past that,
+// which leaves 1968 to 2104 readable.
+std::string ntpText(U32 seconds, U32 fraction) {
+  if (seconds == 0 && fraction == 0) {
+    return "not set";
+  }
+  constexpr std::int64_t ntpToUnix = 2208988800;
+  const std::int64_t era = (seconds & 0x80000000u) != 0 ? 0 : 1;
+  const std::time_t unixSeconds =
+      static_cast<std::time_t>(std::int64_t{seconds} + (era << 32) - ntpToUnix);
+  std::tm utc{};
+  gmtime_r(&unixSeconds, &utc);
+  char date[32];
+  std::strftime(date, sizeof date, "%Y-%m-%d %H:%M:%S", &utc);
+  char text[64];
+  std::snprintf(
+      text, sizeof text, "%s.%06u UTC", date,
+      static_cast<unsigned>((std::uint64_t{fraction} * 1000000) >> 32));
+  return text;
+}
+
+// The multipath bytes behind the base address, in hex.
+std::string bitsetHex(const LspPing::LspPingMultipathBitset &bitset) {
+  std::string text;
+  for (U32 i = 0; i < bitset.size; ++i) {
+    char byte[3];
+    std::snprintf(byte, sizeof byte, "%02x", bitset.bitset[i]);
+    text += byte;
+  }
+  return text;
+}
+
+// A label stack's entries are shown by these two alone, so that what an
+// entry holds is said in one place.
+std::string labelText(const Wirx::MplsLabelEntry &entry) {
+  return entry.label().stringValue() + ", traffic class " +
+         std::to_string(entry.tc()) + (entry.bos() ? ", bottom of stack" : "") +
+         ", TTL " + std::to_string(entry.ttl());
+}
+
+nlohmann::json labelJson(const Wirx::MplsLabelEntry &entry) {
+  return {{"label", entry.label().value()},
+          {"tc", entry.tc()},
+          {"bos", entry.bos()},
+          {"ttl", entry.ttl()}};
+}
+
+nlohmann::json labelStackJson(const Wirx::MplsLabelStack &stack) {
+  nlohmann::json entries = nlohmann::json::array();
+  for (const auto &entry : stack) {
+    entries.push_back(labelJson(entry));
+  }
+  return entries;
+}
+
+// Prints one field a line, the values aligned in one column, each level of
+// detail indented below the one it belongs to.
+class Fields {
+public:
+  explicit Fields(std::ostream &out) : out_(out) {}
+
+  void operator()(int depth, std::string_view name, const std::string &value) {
+    std::string line(2 * depth, ' ');
+    line += name;
+    line += ':';
+    line.resize(std::max(valueColumn, line.size() + 1), ' ');
+    out_ << line << value << "\n";
+  }
+
+private:
+  static constexpr std::size_t valueColumn = 28;
+  std::ostream &out_;
+};
+
+void printFec(Fields &field, const Fec &fec) {
+  std::visit(
       Overloaded{
-          [](const NoFec &) { return std::string("no usable FEC"); },
-          [](const Wirx::IpGenPrefix &prefix) {
-            return "prefix " + prefix.stringValue();
+          [&](const NoFec &) { field(2, "FEC", "none the parser could use"); },
+          [&](const Wirx::IpGenPrefix &prefix) {
+            field(2, "FEC", "prefix " + prefix.stringValue());
           },
-          [](const RsvpFec &rsvp) {
-            return "rsvp tunnelDst " + rsvp.id.tunnelDst.stringValue() +
-                   " tunnelId " + std::to_string(rsvp.id.tunnelId) +
-                   " extendedTunnelId " +
-                   rsvp.id.extendedTunnelId.stringValue() + " lspId " +
-                   std::to_string(rsvp.id.lspId) + " senderAddr " +
-                   rsvp.senderAddr.stringValue();
+          [&](const RsvpFec &rsvp) {
+            field(2, "FEC", "RSVP-TE LSP");
+            field(3, "tunnel end point", rsvp.id.tunnelDst.stringValue());
+            field(3, "tunnel ID", std::to_string(rsvp.id.tunnelId));
+            field(3, "extended tunnel ID",
+                  rsvp.id.extendedTunnelId.stringValue());
+            field(3, "LSP ID", std::to_string(rsvp.id.lspId));
+            field(3, "sender", rsvp.senderAddr.stringValue());
           },
-          [](const LspPing::LspPingPwInfo &pw) {
-            return "pseudowire senderAddr " + pw.senderAddr.stringValue() +
-                   " receiverAddr " + pw.receiverAddr.stringValue() + " pwId " +
-                   std::to_string(pw.pwId) + " pwType " +
-                   std::to_string(pw.pwType);
+          [&](const LspPing::LspPingPwInfo &pw) {
+            field(2, "FEC", "pseudowire");
+            field(3, "sender PE", pw.senderAddr.stringValue());
+            field(3, "receiver PE", pw.receiverAddr.stringValue());
+            field(3, "PW ID", std::to_string(pw.pwId));
+            field(3, "PW type", std::to_string(pw.pwType));
           },
-          [](const NilFec &nil) {
-            return "nil label " + std::to_string(nil.label);
+          [&](const NilFec &nil) {
+            field(2, "FEC", "Nil FEC, label " + std::to_string(nil.label));
           },
       },
       fec);
 }
 
-// The multipath bytes behind the base address, in hex.
-std::string bitsetHex(const LspPing::LspPingMultipathBitset &bitset) {
-  std::string hex;
-  for (U32 i = 0; i < bitset.size; ++i) {
-    char byte[3];
-    std::snprintf(byte, sizeof byte, "%02x", bitset.bitset[i]);
-    hex += byte;
-  }
-  return hex;
-}
+// The fields under a TLV's own line.
+void printDecoded(Fields &, std::monostate) {}
 
-// The lines under a TLV's own line, indented below it.
-void printDecoded(std::ostream &, std::monostate) {}
-
-void printDecoded(std::ostream &out, const FecReport &r) {
+void printDecoded(Fields &field, const FecReport &r) {
   if (!r.valid) {
-    out << "    target FEC: invalid: " << r.reason << "\n";
+    field(2, "invalid", r.reason);
     return;
   }
-  out << "    target FEC: " << fecText(r.fec) << "\n";
-  out << "    sub-TLVs:";
+  printFec(field, r.fec);
+  std::string subTlvs;
   for (const std::string &name : r.subTlvs) {
-    out << " " << name;
+    subTlvs += (subTlvs.empty() ? "" : " ") + name;
   }
-  out << (r.subTlvs.empty() ? " none\n" : "\n");
+  field(2, "sub-TLVs", subTlvs.empty() ? "none" : subTlvs);
 }
 
-void printDecoded(std::ostream &out, const IntfAndLabelStackReport &r) {
-  out << "    interface and label stack: ";
+void printDecoded(Fields &field, const IntfAndLabelStackReport &r) {
   if (!r.valid) {
-    out << "invalid: " << r.reason << "\n";
+    field(2, "invalid", r.reason);
     return;
   }
-  out << "addr " << r.info.addr.stringValue() << " intf "
-      << r.info.intf.stringValue() << " labelStack "
-      << r.info.labelStack.stringValue() << "\n";
+  field(2, "address", r.info.addr.stringValue());
+  field(2, "interface", r.info.intf.stringValue());
+  if (r.info.labelStack.empty()) {
+    field(2, "label stack", "empty");
+  }
+  for (const Wirx::MplsLabelEntry &entry : r.info.labelStack) {
+    field(2, "label", labelText(entry));
+  }
 }
 
-void printDecoded(std::ostream &out, const DownstreamMappingReport &r) {
-  out << "    downstream mapping: ";
+void printDecoded(Fields &field, const DownstreamMappingReport &r) {
   if (!r.valid) {
-    out << "invalid: " << r.reason << "\n";
+    field(2, "invalid", r.reason);
     return;
   }
   const LspPing::LspPingDownstreamMappingInfo &ds = r.info;
-  out << "mtu " << ds.mtu << " addrType " << U32{ds.addrType} << " dsFlags "
-      << U32{ds.dsFlags} << " dsIpAddr " << ds.dsIpAddr.stringValue()
-      << " dsIntfAddr " << ds.dsIntfAddr.stringValue() << " depthLimit "
-      << U32{ds.depthLimit} << "\n";
-  out << "    multipath: type " << U32{ds.multipathType};
+  field(2, "MTU", std::to_string(ds.mtu));
+  field(2, "address type", named<LspPing::LspPingAddrType>(ds.addrType));
+  field(2, "flags", hex(ds.dsFlags, 2));
+  field(2, "downstream address", ds.dsIpAddr.stringValue());
+  field(2, "interface address", ds.dsIntfAddr.stringValue());
+  field(2, "depth limit", std::to_string(ds.depthLimit));
+  field(2, "multipath type",
+        named<LspPing::LspPingMultipathType>(ds.multipathType));
   // Only a masked IP set is read; other forms leave both unset.
   if (!!ds.dsMultipathBaseAddr) {
-    out << " base " << ds.dsMultipathBaseAddr.stringValue() << " bitset "
-        << bitsetHex(ds.dsMultipathBitset);
+    field(3, "base address", ds.dsMultipathBaseAddr.stringValue());
+    field(3, "mask", bitsetHex(ds.dsMultipathBitset));
   }
-  out << "\n";
   for (U8 i = 0; i < ds.labelStack.size; ++i) {
     const LspPing::LspPingDownstreamLabelEntry &entry =
         ds.labelStack.labelEntry[i];
-    out << "    label " << entry.label().value() << " tc " << U32{entry.tc()}
-        << " bos " << (entry.bos() ? "true" : "false") << " protocol "
-        << static_cast<U32>(entry.protocol()) << "\n";
+    field(2, "label",
+          std::to_string(entry.label().value()) + ", traffic class " +
+              std::to_string(entry.tc()) +
+              (entry.bos() ? ", bottom of stack" : "") + ", protocol " +
+              withNumber(signalingProtocolName(entry.protocol()),
+                         static_cast<U32>(entry.protocol())));
   }
 }
 
@@ -327,16 +433,34 @@ void printText(std::ostream &out, U32 frameNumber, const FrameReport &r) {
   } else {
     out << "invalid: " << r.reason << "\n";
   }
-  if (r.header) {
-    out << "  header: " << r.header->stringValue() << "\n";
+  Fields field(out);
+  if (const auto &h = r.header) {
+    field(1, "version", std::to_string(h->version()));
+    field(1, "global flags", hex(h->globalFlags(), 4));
+    field(1, "message type", named<LspPing::LspPingMsgType>(h->messageType));
+    field(1, "reply mode", named<LspPing::LspPingReplyMode>(h->replyMode));
+    field(1, "return code", named<LspPing::LspPingReturnCode>(h->returnCode));
+    field(1, "return subcode", std::to_string(h->returnSubcode));
+    field(1, "sender handle", std::to_string(h->senderHandle()));
+    field(1, "sequence number", std::to_string(h->sequenceNumber()));
+    field(1, "sent", ntpText(h->tsSentSeconds(), h->tsSentmSeconds()));
+    field(1, "received", ntpText(h->tsRcvdSeconds(), h->tsRcvdmSeconds()));
   }
   for (const TlvReport &tlv : r.tlvs) {
-    out << "  tlv type " << tlv.type << " offset " << tlv.offset << " length "
-        << tlv.totalLength << "\n";
-    std::visit([&out](const auto &decoded) { printDecoded(out, decoded); },
+    field(1, "TLV",
+          named<LspPing::LspPingTlvType>(tlv.type) + ", offset " +
+              std::to_string(tlv.offset) + ", length " +
+              std::to_string(tlv.totalLength));
+    std::visit([&field](const auto &decoded) { printDecoded(field, decoded); },
                tlv.decoded);
   }
-  out << "  tlvSupported: " << (r.tlvSupported ? "true" : "false") << "\n";
+  field(1, "all TLVs supported", r.tlvSupported ? "yes" : "no");
+}
+
+// Null for a value the enumeration has no name for.
+template <class E> nlohmann::json nameJson(U32 value) {
+  const std::string_view name = nameOf<E>(value);
+  return name.empty() ? nlohmann::json(nullptr) : nlohmann::json(name);
 }
 
 nlohmann::json headerJson(const LspPing::LspPingHdr &h) {
@@ -344,8 +468,11 @@ nlohmann::json headerJson(const LspPing::LspPingHdr &h) {
       {"version", h.version()},
       {"globalFlags", h.globalFlags()},
       {"messageType", h.messageType},
+      {"messageTypeName", nameJson<LspPing::LspPingMsgType>(h.messageType)},
       {"replyMode", h.replyMode},
+      {"replyModeName", nameJson<LspPing::LspPingReplyMode>(h.replyMode)},
       {"returnCode", h.returnCode},
+      {"returnCodeName", nameJson<LspPing::LspPingReturnCode>(h.returnCode)},
       {"returnSubcode", h.returnSubcode},
       {"senderHandle", h.senderHandle()},
       {"sequenceNumber", h.sequenceNumber()},
@@ -408,13 +535,9 @@ nlohmann::json decodedJson(const IntfAndLabelStackReport &r) {
   if (!r.valid) {
     return j;
   }
-  nlohmann::json labels = nlohmann::json::array();
-  for (const Wirx::MplsLabelEntry &entry : r.info.labelStack) {
-    labels.push_back(entry.label().value());
-  }
   j["addr"] = r.info.addr.stringValue();
   j["intf"] = r.info.intf.stringValue();
-  j["labelStack"] = labels;
+  j["labelStack"] = labelStackJson(r.info.labelStack);
   return j;
 }
 
@@ -428,17 +551,25 @@ nlohmann::json decodedJson(const DownstreamMappingReport &r) {
   for (U8 i = 0; i < ds.labelStack.size; ++i) {
     const LspPing::LspPingDownstreamLabelEntry &entry =
         ds.labelStack.labelEntry[i];
+    const std::string_view protocolName =
+        signalingProtocolName(entry.protocol());
     labels.push_back({{"label", entry.label().value()},
                       {"tc", entry.tc()},
                       {"bos", entry.bos()},
-                      {"protocol", static_cast<U32>(entry.protocol())}});
+                      {"protocol", static_cast<U32>(entry.protocol())},
+                      {"protocolName", protocolName.empty()
+                                           ? nlohmann::json(nullptr)
+                                           : nlohmann::json(protocolName)}});
   }
   j["mtu"] = ds.mtu;
   j["addrType"] = ds.addrType;
+  j["addrTypeName"] = nameJson<LspPing::LspPingAddrType>(ds.addrType);
   j["dsFlags"] = ds.dsFlags;
   j["dsIpAddr"] = ds.dsIpAddr.stringValue();
   j["dsIntfAddr"] = ds.dsIntfAddr.stringValue();
   j["multipathType"] = ds.multipathType;
+  j["multipathTypeName"] =
+      nameJson<LspPing::LspPingMultipathType>(ds.multipathType);
   j["depthLimit"] = ds.depthLimit;
   j["dsMultipathBaseAddr"] =
       !!ds.dsMultipathBaseAddr
@@ -449,12 +580,15 @@ nlohmann::json decodedJson(const DownstreamMappingReport &r) {
   return j;
 }
 
-void printJson(std::ostream &out, U32 frameNumber, const FrameReport &r) {
+void printJson(std::ostream &out, const std::string &file, U32 frameNumber,
+               const FrameReport &r) {
   nlohmann::json tlvs = nlohmann::json::array();
   for (const TlvReport &tlv : r.tlvs) {
-    nlohmann::json entry = {{"type", tlv.type},
-                            {"offset", tlv.offset},
-                            {"length", tlv.totalLength}};
+    nlohmann::json entry = {
+        {"type", tlv.type},
+        {"typeName", nameJson<LspPing::LspPingTlvType>(tlv.type)},
+        {"offset", tlv.offset},
+        {"length", tlv.totalLength}};
     nlohmann::json decoded =
         std::visit([](const auto &d) { return decodedJson(d); }, tlv.decoded);
     if (!decoded.is_null()) {
@@ -463,6 +597,7 @@ void printJson(std::ostream &out, U32 frameNumber, const FrameReport &r) {
     tlvs.push_back(std::move(entry));
   }
   const nlohmann::json line = {
+      {"file", file},
       {"frame", frameNumber},
       {"valid", r.valid},
       {"reason",
@@ -476,40 +611,37 @@ void printJson(std::ostream &out, U32 frameNumber, const FrameReport &r) {
       << "\n";
 }
 
-// Decodes one file; false when it could not be read as an Ethernet capture.
-bool decodeFile(const std::string &path, bool json) {
+// Decodes one file: exitNo when a frame is no valid echo message,
+// exitError when the file cannot be read as an Ethernet capture.
+int decodeFile(const std::string &path, bool json) {
   PcapReader reader(path);
   if (!reader.ok()) {
-    // libpcap's message names the file already.
     std::cerr << "lspping: " << reader.error() << "\n";
-    return false;
-  }
-  if (reader.linkType() != DLT_EN10MB) {
-    const char *name = pcap_datalink_val_to_name(reader.linkType());
-    std::cerr << "lspping: " << path << ": link type "
-              << (name ? name : std::to_string(reader.linkType()))
-              << " is not Ethernet\n";
-    return false;
+    return exitError;
   }
   if (!json) {
-    std::cout << path << "\n";
+    std::cout << inputName(path) << "\n";
   }
+  int status = exitOk;
   std::span<const U8> frame;
   U32 frameNumber = 0;
   while (reader.next(frame)) {
     const FrameReport report = decodeFrame(frame);
     ++frameNumber;
+    if (report.notEcho || !report.valid) {
+      status = exitNo;
+    }
     if (json) {
-      printJson(std::cout, frameNumber, report);
+      printJson(std::cout, path, frameNumber, report);
     } else {
       printText(std::cout, frameNumber, report);
     }
   }
-  if (!reader.error().empty()) {
-    std::cerr << "lspping: " << path << ": " << reader.error() << "\n";
-    return false;
+  if (!reader.ok()) {
+    std::cerr << "lspping: " << reader.error() << "\n";
+    return exitError;
   }
-  return true;
+  return status;
 }
 
 } // namespace
@@ -524,16 +656,17 @@ void addDecodeCommand(CLI::App &app, int &status) {
       "decode", "Decode the MPLS echo messages in pcap files of Ethernet "
                 "frames. Frames are numbered from 1 in each file.");
   cmd->add_flag("--json", options->json,
-                "One JSON object per frame and line, keys frame, valid, "
-                "reason, header, tlvs and tlvSupported; a TLV the tool reads "
-                "further has its findings under decoded");
-  cmd->add_option("FILE", options->files, "pcap capture files")->required();
+                "One JSON object per frame and line, keys file, frame, "
+                "valid, reason, header, tlvs and tlvSupported; a TLV the "
+                "tool reads further has its findings under decoded");
+  cmd->add_option("FILE", options->files,
+                  "pcap capture files, '-' for standard input")
+      ->required();
   cmd->callback([options, &status] {
-    status = 0;
+    // Every file is decoded, whatever became of the ones before.
+    status = exitOk;
     for (const std::string &path : options->files) {
-      if (!decodeFile(path, options->json)) {
-        status = 1;
-      }
+      status = std::max(status, decodeFile(path, options->json));
     }
   });
 }

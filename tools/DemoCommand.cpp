@@ -14,6 +14,7 @@
 #include "Netsim/Network.h"
 #include "Orv/Enum.h"
 #include "Orv/Reactor.h"
+#include "tools/ExitStatus.h"
 
 namespace LspPingTool {
 
@@ -179,7 +180,7 @@ void addDemoCommand(CLI::App &app, int &status) {
       "trip) and a summary per LSP.");
   cmd->callback([&status] {
     runDemo(std::cout);
-    status = 0;
+    status = exitOk;
   });
 }
 

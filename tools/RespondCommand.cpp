@@ -21,6 +21,7 @@
 #include "Orv/Trace.h"
 #include "Wirx/MemUdpPam.h"
 #include "Wirx/Pkt.h"
+#include "tools/ExitStatus.h"
 #include "tools/Pcap.h"
 #include "tools/ReplyFrame.h"
 #include "tools/StateFile.h"
@@ -107,6 +108,11 @@ public:
                      " bytes, too large for a packet buffer");
     }
     const MplsUtils::EthPktParser eth(pkt);
+    // A hosting agent hands the responder only the frames the parser took
+    // down to UDP: of the others, the parser says what is wrong.
+    if (!eth.valid()) {
+      return dropped(eth.reason());
+    }
     bool sent = false;
     try {
       sent = handler_->processPkt(eth);
@@ -188,37 +194,30 @@ int respond(const Options &o) {
   if (o.out == "-") {
     std::cerr << "lspping: respond: --out must name a file: the report goes "
                  "to standard output\n";
-    return 1;
+    return exitError;
   }
   std::optional<RouterState> state;
   try {
     state = loadStateFile(o.state);
   } catch (const StateFileError &e) {
     std::cerr << "lspping: " << e.what() << "\n";
-    return 1;
+    return exitError;
   }
   PcapReader reader(o.in);
   if (!reader.ok()) {
     std::cerr << "lspping: " << reader.error() << "\n";
-    return 1;
-  }
-  if (reader.linkType() != DLT_EN10MB) {
-    const char *name = pcap_datalink_val_to_name(reader.linkType());
-    std::cerr << "lspping: " << o.in << ": link type "
-              << (name ? name : std::to_string(reader.linkType()))
-              << " is not Ethernet\n";
-    return 1;
+    return exitError;
   }
   PcapWriter writer(o.out);
   if (!writer.ok()) {
-    std::cerr << "lspping: " << o.out << ": " << writer.error() << "\n";
-    return 1;
+    std::cerr << "lspping: " << writer.error() << "\n";
+    return exitError;
   }
   Responder responder(*state);
   std::span<const U8> frame;
   U32 frameNumber = 0;
   U32 replies = 0;
-  while (reader.next(frame)) {
+  while (writer.ok() && reader.next(frame)) {
     const Outcome outcome = responder.answer(frame, writer);
     ++frameNumber;
     replies += outcome.answered ? 1 : 0;
@@ -228,15 +227,18 @@ int respond(const Options &o) {
       printText(std::cout, frameNumber, outcome);
     }
   }
-  if (!reader.error().empty()) {
-    std::cerr << "lspping: " << o.in << ": " << reader.error() << "\n";
-    return 1;
+  // A capture cut short gets no replies file, nor does one that cannot be
+  // written whole.
+  if (!reader.ok() || !writer.close()) {
+    std::cerr << "lspping: " << (reader.ok() ? writer.error() : reader.error())
+              << "\n";
+    return exitError;
   }
   if (!o.json) {
     std::cout << frameNumber << " frames, " << replies << " replies written to "
               << o.out << "\n";
   }
-  return 0;
+  return replies == frameNumber ? exitOk : exitNo;
 }
 
 } // namespace

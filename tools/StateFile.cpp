@@ -9,9 +9,11 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <optional>
+#include <set>
 #include <span>
 #include <tuple>
 #include <utility>
@@ -74,6 +76,36 @@ std::string oneLine(const std::string &text) {
   return line;
 }
 
+// A text of the file as a message shows it: whole when short, else its
+// start, so that a value of any size makes a line to read.
+std::string shortened(const std::string &text) {
+  constexpr std::size_t longest = 64;
+  constexpr std::size_t kept = 48;
+  if (text.size() <= longest) {
+    return text;
+  }
+  // Not inside a UTF-8 sequence.
+  std::size_t cut = kept;
+  while (cut > 0 && (static_cast<unsigned char>(text[cut]) & 0xc0) == 0x80) {
+    --cut;
+  }
+  return text.substr(0, cut) + "... (" + std::to_string(text.size()) +
+         " bytes)";
+}
+
+std::string quoted(const std::string &text) {
+  return "'" + shortened(text) + "'";
+}
+
+// A JSON pointer as a message shows it, each key shortened.
+std::string pointerText(const Pointer &at) {
+  if (at.empty()) {
+    return "";
+  }
+  return pointerText(at.parent_pointer()) +
+         (Pointer() / shortened(at.back())).to_string();
+}
+
 // One value of the file and where it is. Every reader fails with the
 // value's place in the file and what is wrong with it.
 class Node {
@@ -86,7 +118,7 @@ public:
 
   [[noreturn]] void fail(const std::string &what) const {
     throw StateFileError(oneLine(
-        file_ + ": " + (at_.empty() ? "" : at_.to_string() + ": ") + what));
+        file_ + ": " + (at_.empty() ? "" : pointerText(at_) + ": ") + what));
   }
 
   // An object whose keys are all among `keys`, the first `required` of
@@ -178,8 +210,8 @@ T named(const Node &node, const std::pair<std::string_view, T> (&names)[N],
   std::string_view all[N];
   std::transform(std::begin(names), std::end(names), all,
                  [](const auto &entry) { return entry.first; });
-  node.fail("unknown " + what + " '" + text + "' (expected " + quotedList(all) +
-            ")");
+  node.fail("unknown " + what + " " + quoted(text) + " (expected " +
+            quotedList(all) + ")");
 }
 
 const std::pair<std::string_view, Mpls::LfibViaType> viaTypes[] = {
@@ -241,7 +273,7 @@ Wirx::IpGenAddr address(const Node &node) {
   const std::string text = node.text(what);
   const auto addr = Wirx::IpGenAddr::fromString(text);
   if (!addr || !*addr) {
-    node.fail("'" + text + "' is not " + what);
+    node.fail(quoted(text) + " is not " + what);
   }
   return *addr;
 }
@@ -251,7 +283,7 @@ Wirx::IpAddr ipv4(const Node &node) {
   const std::string text = node.text(what);
   const auto addr = Wirx::IpAddr::fromString(text);
   if (!addr) {
-    node.fail("'" + text + "' is not " + what);
+    node.fail(quoted(text) + " is not " + what);
   }
   return *addr;
 }
@@ -261,7 +293,7 @@ Wirx::Ip6Addr ipv6(const Node &node) {
   const std::string text = node.text(what);
   const auto addr = Wirx::Ip6Addr::fromString(text);
   if (!addr) {
-    node.fail("'" + text + "' is not " + what);
+    node.fail(quoted(text) + " is not " + what);
   }
   return *addr;
 }
@@ -280,7 +312,7 @@ Mpls::FwdEqvClass fec(const Node &node) {
     }
   }
   if (!prefix || !*prefix) {
-    node.fail("'" + text + "' is not " + what);
+    node.fail(quoted(text) + " is not " + what);
   }
   return Mpls::FwdEqvClass{*prefix};
 }
@@ -290,7 +322,7 @@ Wirx::IntfId interface(const Node &node) {
   const std::string text = node.text(what);
   const auto intf = Wirx::IntfId::fromString(text);
   if (!intf || !*intf) {
-    node.fail("'" + text + "' is not " + what +
+    node.fail(quoted(text) + " is not " + what +
               " (printable characters, no blanks)");
   }
   return *intf;
@@ -369,7 +401,7 @@ private:
               const std::string &what) const {
     const auto [it, added] = first.emplace(key, node.at());
     if (!added) {
-      node.fail(what + " is already at " + it->second.to_string());
+      node.fail(what + " is already at " + pointerText(it->second));
     }
   }
 
@@ -390,7 +422,7 @@ private:
     for (const Node &entry : node.elements()) {
       entry.expectObject(keys, 2);
       const Wirx::IntfId intf = interface(entry["name"]);
-      unique(seen, intf, entry["name"], "interface " + intf.name());
+      unique(seen, intf, entry["name"], "interface " + shortened(intf.name()));
       auto status = Orv::make<Interface::IntfStatus>(intf);
       status->mtuIs(entry["mtu"].number(0xFFFF, "an MTU (0 to 65535)"));
       const auto device = entry.find("device");
@@ -433,8 +465,8 @@ private:
     const auto [end, ec] =
         std::from_chars(digits.data(), digits.data() + digits.size(), id);
     if (ec != std::errc() || id > Tunnel::TunnelId::maxValue) {
-      node.fail("'" + intf.name() +
-                "' names a TI-LFA tunnel beyond the last id, 65535");
+      node.fail(quoted(intf.name()) +
+                " names a TI-LFA tunnel beyond the last id, 65535");
     }
     tunnelReferences_.push_back({node.at(), U32(id)});
     return intf;
@@ -706,6 +738,19 @@ std::string lineColumn(std::string_view text, std::size_t byte) {
   return std::to_string(line) + ":" + std::to_string(column);
 }
 
+// `text` with the token quoted after `marker` shortened: nlohmann quotes
+// what it read, whatever its size.
+std::string shortenedToken(std::string text, const std::string &marker) {
+  const std::size_t at = text.find(marker);
+  const std::size_t end = text.rfind('\'');
+  if (at != std::string::npos && end > at + marker.size()) {
+    const std::size_t start = at + marker.size();
+    text.replace(start, end - start,
+                 shortened(text.substr(start, end - start)));
+  }
+  return text;
+}
+
 // nlohmann's message without its own prefix and position: "syntax error
 // while parsing object - unexpected '}'; expected string literal".
 std::string parseErrorText(const json::parse_error &e) {
@@ -713,26 +758,128 @@ std::string parseErrorText(const json::parse_error &e) {
   const std::size_t column = what.find(", column ");
   const std::size_t colon =
       column == std::string::npos ? std::string::npos : what.find(": ", column);
-  return colon == std::string::npos ? what : what.substr(colon + 2);
+  return shortenedToken(colon == std::string::npos ? what
+                                                   : what.substr(colon + 2),
+                        "last read: '");
+}
+
+// nlohmann's message of another error, without its prefix: "number
+// overflow parsing '1e999'".
+std::string exceptionText(const json::exception &e) {
+  const std::string what = e.what();
+  const std::size_t bracket = what.find("] ");
+  return shortenedToken(
+      bracket == std::string::npos ? what : what.substr(bracket + 2), " '");
+}
+
+// Follows the parse to find the first key an object repeats: nlohmann
+// keeps the last value of such a key, and a file that says two things in
+// one place is refused rather than read by half.
+class DuplicateKeyFinder {
+public:
+  bool operator()(int, json::parse_event_t event, json &parsed) {
+    switch (event) {
+    case json::parse_event_t::object_start:
+      elementBegins();
+      levels_.emplace_back(false);
+      break;
+    case json::parse_event_t::array_start:
+      elementBegins();
+      levels_.emplace_back(true);
+      break;
+    case json::parse_event_t::key: {
+      Level &object = levels_.back();
+      object.key = parsed.get<std::string>();
+      if (!object.keys.insert(object.key).second && !found_) {
+        found_ = here();
+      }
+      break;
+    }
+    case json::parse_event_t::value:
+      elementBegins();
+      break;
+    case json::parse_event_t::object_end:
+    case json::parse_event_t::array_end:
+      levels_.pop_back();
+      break;
+    }
+    return true;
+  }
+
+  // Where the second of two equal keys is.
+  const std::optional<Pointer> &found() const { return found_; }
+
+private:
+  // An object, at its latest key, or an array, at its latest element.
+  struct Level {
+    explicit Level(bool isArray) : array(isArray) {}
+
+    bool array;
+    std::size_t elements = 0;
+    std::string key;
+    std::set<std::string> keys;
+  };
+
+  void elementBegins() {
+    if (!levels_.empty() && levels_.back().array) {
+      ++levels_.back().elements;
+    }
+  }
+
+  Pointer here() const {
+    Pointer at;
+    for (const Level &level : levels_) {
+      at = level.array ? at / (level.elements - 1) : at / level.key;
+    }
+    return at;
+  }
+
+  std::vector<Level> levels_;
+  std::optional<Pointer> found_;
+};
+
+// The document `text` holds: one JSON value, each key once in its object,
+// and nothing after it but white space.
+json parseDocument(std::string_view text, const std::string &fileName) {
+  // nlohmann takes a NUL byte for the end of its input, so whatever
+  // follows one would go unread: the document is what comes before it.
+  const std::size_t nul = text.find('\0');
+  const std::string_view document = text.substr(0, nul);
+  DuplicateKeyFinder duplicates;
+  json parsed;
+  try {
+    parsed = json::parse(document, std::ref(duplicates));
+  } catch (const json::parse_error &e) {
+    if (nul != std::string_view::npos && e.byte > nul) {
+      throw StateFileError(fileName + ":" + lineColumn(text, nul + 1) +
+                           ": unexpected NUL byte");
+    }
+    throw StateFileError(oneLine(fileName + ":" + lineColumn(text, e.byte) +
+                                 ": " + parseErrorText(e)));
+  } catch (const json::exception &e) {
+    throw StateFileError(oneLine(fileName + ": " + exceptionText(e)));
+  }
+  if (nul != std::string_view::npos) {
+    throw StateFileError(fileName + ": bytes after the document, from offset " +
+                         std::to_string(nul));
+  }
+  if (const auto &at = duplicates.found()) {
+    throw StateFileError(
+        oneLine(fileName + ": " + pointerText(*at) + ": duplicate key"));
+  }
+  return parsed;
 }
 
 } // namespace
 
 RouterState loadState(std::string_view text, const std::string &fileName) {
-  json document;
-  try {
-    document = json::parse(text);
-  } catch (const json::parse_error &e) {
-    throw StateFileError(fileName + ":" + lineColumn(text, e.byte) + ": " +
-                         parseErrorText(e));
-  }
-  return Loader(fileName).load(document);
+  return Loader(fileName).load(parseDocument(text, fileName));
 }
 
 RouterState loadStateFile(const std::string &path) {
   std::error_code error;
   if (std::filesystem::is_directory(path, error)) {
-    throw StateFileError(path + ": is a directory");
+    throw StateFileError(path + ": " + std::strerror(EISDIR));
   }
   std::ifstream in(path, std::ios::binary);
   if (!in) {

@@ -13,8 +13,8 @@
 
 #include "../LspPing/PktGenGoldenFrames.h"
 #include "MplsUtils/EthPktParser.h"
+#include "ToolTestSupport.h"
 #include "Tshark.h"
-#include "tools/Pcap.h"
 
 namespace {
 
@@ -122,13 +122,11 @@ TEST(DissectorCrossCheck, GeneratedFramesAreReadFieldForField) {
                    ("lspping-dissector-test-" + std::to_string(::getpid()));
   std::filesystem::create_directories(dir);
   const auto capture = dir / "generated.pcap";
-  {
-    LspPingTool::PcapWriter writer(capture.string());
-    ASSERT_TRUE(writer.ok()) << writer.error();
-    for (const auto &golden : goldens) {
-      writer.write(LspPingTest::build(golden), 1763683200u, 0);
-    }
+  std::vector<std::vector<std::uint8_t>> frames;
+  for (const auto &golden : goldens) {
+    frames.push_back(LspPingTest::build(golden));
   }
+  LspPingTest::writeCapture(capture, frames, 1763683200u);
   std::vector<std::string> fields = {
       "_ws.col.Protocol",        "mpls_echo.msg_type",
       "mpls_echo.sender_handle", "mpls_echo.sequence",

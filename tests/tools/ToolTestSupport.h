@@ -4,10 +4,13 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <sstream>
 #include <string>
 #include <vector>
+
+#include "tools/Pcap.h"
 
 namespace LspPingTest {
 
@@ -19,6 +22,17 @@ inline std::vector<nlohmann::json> jsonLines(const std::string &text) {
     lines.push_back(nlohmann::json::parse(line));
   }
   return lines;
+}
+
+// Writes a capture file of `frames`, each stamped `seconds`.
+inline void writeCapture(const std::filesystem::path &path,
+                         const std::vector<std::vector<std::uint8_t>> &frames,
+                         std::uint32_t seconds = 0, int linkType = DLT_EN10MB) {
+  LspPingTool::PcapWriter writer(path.string(), linkType);
+  for (const std::vector<std::uint8_t> &frame : frames) {
+    writer.write(frame, seconds, 0);
+  }
+  EXPECT_TRUE(writer.close()) << writer.error();
 }
 
 // A test with a directory of its own for the files a tool writes, removed

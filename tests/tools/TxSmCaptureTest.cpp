@@ -16,9 +16,9 @@
 #include "LspPing/LspPingClientConfig.h"
 #include "LspPing/LspPingClientStatus.h"
 #include "LspPing/LspPingClientTxSm.h"
+#include "ToolTestSupport.h"
 #include "Tshark.h"
 #include "Wirx/MemPam.h"
-#include "tools/Pcap.h"
 
 namespace {
 
@@ -127,11 +127,8 @@ TEST(TxSmCapture, EachTunnelTypeIsReadAsItsFec) {
     const std::vector<Wirx::MemPam::Frame> frames = sentFrames(tunnel);
     ASSERT_EQ(frames.size(), 1u);
     const auto capture = dir / (std::string(tunnel.name) + ".pcap");
-    {
-      LspPingTool::PcapWriter writer(capture.string());
-      ASSERT_TRUE(writer.ok()) << writer.error();
-      writer.write(frames[0], static_cast<std::uint32_t>(start), 0);
-    }
+    LspPingTest::writeCapture(capture, frames,
+                              static_cast<std::uint32_t>(start));
     std::vector<std::string> fields = {
         "_ws.col.Protocol",        "mpls_echo.msg_type",
         "mpls_echo.sender_handle", "mpls_echo.sequence",
