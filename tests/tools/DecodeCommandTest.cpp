@@ -218,8 +218,8 @@ TEST_F(DecodeCommand, TextOutput) {
        "    address:                10.0.0.2\n"
        "    interface:              10.0.1.2\n"
        "    label:                  100, traffic class 0, TTL 254\n"
-       "    label:                  200, traffic class 0, TTL 1, "
-       "bottom of stack\n"
+       "    label:                  200, traffic class 0, bottom of stack, "
+       "TTL 1\n"
        "  all TLVs supported:       no\n"},
       {"request.pcap", "  received:                 not set\n"
                        "  TLV:                      TargetFecStack (1), "
