@@ -1,5 +1,7 @@
 #include "MplsUtils/EthPktParser.h"
 
+#include "TestSupport.h"
+
 #include "Wirx/Checksum.h"
 #include "Wirx/Ipv4RouterAlertHdr.h"
 #include "Wirx/Pkt.h"
@@ -17,20 +19,7 @@ namespace {
 using Layer = EthPktParser::Layer;
 using Orv::U32;
 using Orv::U8;
-using Wirx::IpGenAddr;
-
-std::vector<U8> hexBytes(std::string_view hex) {
-  std::vector<U8> bytes;
-  for (std::size_t i = 0; i + 1 < hex.size(); ++i) {
-    if (hex[i] == ' ') {
-      continue;
-    }
-    bytes.push_back(
-        static_cast<U8>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
-    ++i;
-  }
-  return bytes;
-}
+using TestSupport::hexBytes;
 
 // Frames written byte by byte, one layer per line.
 const std::string ethMpls = "001122334455 020000000001 8847 ";

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "Orv/Assert.h"
-#include "Orv/Clock.h"
 #include "Orv/Factory.h"
 #include "Orv/NamedEntity.h"
 #include "Orv/Trace.h"
@@ -51,16 +50,6 @@ TEST(Trace, RulesApplyToSourcesCreatedLater) {
   Orv::TraceSource later("Later/Source");
   EXPECT_TRUE(later.enabled(3));
   EXPECT_FALSE(later.enabled(4));
-}
-
-TEST(Clock, VirtualClockReplacesTheSystemClock) {
-  EXPECT_GT(Orv::now(), 1.6e9);
-  Orv::VirtualClock clock(100.0);
-  Orv::clockIs(&clock);
-  clock.advance(0.25);
-  EXPECT_EQ(Orv::now(), 100.25);
-  Orv::clockIs(nullptr);
-  EXPECT_GT(Orv::now(), 1.6e9);
 }
 
 class Widget : public Orv::NamedEntity {

@@ -3,7 +3,6 @@
 #include <sstream>
 
 #include "Orv/RangeError.h"
-#include "PacketTracer/ClientConfig.h"
 #include "PacketTracer/Request.h"
 #include "PacketTracer/RequestId.h"
 
@@ -23,25 +22,6 @@ TEST(RequestTest, LabelStackIsBoundedByTheHardwareDepth) {
   EXPECT_THROW(request.numMplsLabelsIs(Request::maxMplsLabels + 1),
                Orv::RangeError);
   EXPECT_EQ(request.numMplsLabels(), Request::maxMplsLabels);
-}
-
-TEST(RequestTest, FilingKeepsACopyPerRequestId) {
-  auto config = Orv::make<ClientConfig>();
-  Request request(Wirx::IntfId("Ethernet1"));
-  L3Header l3(Wirx::AddrFamily::ipv4);
-  l3.dstIpExternalIs(*Wirx::IpGenAddr::fromString("10.0.0.1"));
-  request.innerL3HeaderIs(l3);
-  config->requestIs(RequestId("agent", 0), request);
-
-  l3.dstIpExternalIs(*Wirx::IpGenAddr::fromString("10.0.0.2"));
-  request.innerL3HeaderIs(l3);
-  config->requestIs(RequestId("agent", 1), request);
-
-  EXPECT_EQ(config->request()[RequestId("agent", 0)].innerL3Header().dstIp(),
-            *Wirx::IpGenAddr::fromString("10.0.0.1"));
-  EXPECT_EQ(config->request()[RequestId("agent", 1)].innerL3Header().dstIp(),
-            *Wirx::IpGenAddr::fromString("10.0.0.2"));
-  EXPECT_FALSE(config->request().contains(RequestId("other", 0)));
 
   std::ostringstream text;
   text << RequestId("agent", 7);

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "Orv/Trace.h"
 #include "Ruvo/ShmTable.h"
+#include "TestSupport.h"
 
 namespace {
 
@@ -67,28 +67,16 @@ TEST(ShmTable, CorruptKeyThrowsRawAndRunsTheHandlerOtherwise) {
 }
 
 TEST(ShmTable, DefaultHandlerTracesAndAnEmptyOneRestoresIt) {
-  struct Sink : Orv::TraceSink {
-    std::vector<std::string> lines;
-    void write(std::string_view source, int level,
-               std::string_view text) override {
-      lines.push_back(std::string(source) + ":" + std::to_string(level) + ":" +
-                      std::string(text));
-    }
-  } sink;
-  Orv::traceSinkIs(&sink);
-  Orv::traceLevelIs("Ruvo/ShmTable", 0);
+  TestSupport::TraceCapture log("Ruvo/ShmTable", 0);
   Table table("t");
   int handled = 0;
   table.corruptionHandlerIs([&](const std::string &) { ++handled; });
   table.corruptionHandlerIs(nullptr);
   table.corruptIs(4);
   EXPECT_EQ(table.find(4), nullptr);
-  Orv::traceSinkIs(nullptr);
-  Orv::traceLevelIs("Ruvo/ShmTable", -1);
   EXPECT_EQ(handled, 0);
-  EXPECT_EQ(sink.lines, (std::vector<std::string>{
-                            "Ruvo/ShmTable:0:corruption detected in table t "
-                            "at key 4"}));
+  EXPECT_EQ(log.at(0), std::vector<std::string>{
+                           "corruption detected in table t at key 4"});
 }
 
 } // namespace

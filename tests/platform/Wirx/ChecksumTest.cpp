@@ -1,5 +1,7 @@
 #include "Wirx/Checksum.h"
 
+#include "TestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <random>
@@ -11,19 +13,7 @@ namespace {
 using Orv::U16;
 using Orv::U32;
 using Orv::U8;
-
-std::vector<U8> hexBytes(std::string_view hex) {
-  std::vector<U8> bytes;
-  for (std::size_t i = 0; i + 1 < hex.size(); ++i) {
-    if (hex[i] == ' ') {
-      continue;
-    }
-    bytes.push_back(
-        static_cast<U8>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16)));
-    ++i;
-  }
-  return bytes;
-}
+using TestSupport::hexBytes;
 
 // RFC 1071 to the letter: 16-bit big-endian words, carries folded at the
 // end. The fast code sums wider native words and must agree with it.

@@ -5,25 +5,25 @@
 
 namespace {
 
-using Wirx::InternalIntfId;
 using Wirx::IntfId;
-using Wirx::MgmtIntfId;
 
-TEST(IntfIdClass, TheWordMustBeFollowedByAPortNumber) {
-  EXPECT_TRUE(MgmtIntfId::isMgmtIntfId(IntfId("Management1")));
-  EXPECT_TRUE(MgmtIntfId::isMgmtIntfId(IntfId("Management1/1")));
-  EXPECT_FALSE(MgmtIntfId::isMgmtIntfId(IntfId("Management")));
-  EXPECT_FALSE(MgmtIntfId::isMgmtIntfId(IntfId("ManagementVlan1")));
-  EXPECT_FALSE(MgmtIntfId::isMgmtIntfId(IntfId("Ethernet1")));
-  EXPECT_FALSE(MgmtIntfId::isMgmtIntfId(IntfId("Internal1")));
-  EXPECT_FALSE(MgmtIntfId::isMgmtIntfId(IntfId()));
-
-  EXPECT_TRUE(InternalIntfId::isInternalIntfId(IntfId("Internal1")));
-  EXPECT_TRUE(InternalIntfId::isInternalIntfId(IntfId("Internal2/1")));
-  EXPECT_FALSE(InternalIntfId::isInternalIntfId(IntfId("Internal")));
-  EXPECT_FALSE(InternalIntfId::isInternalIntfId(IntfId("InternalLink1")));
-  EXPECT_FALSE(InternalIntfId::isInternalIntfId(IntfId("Management1")));
-  EXPECT_FALSE(InternalIntfId::isInternalIntfId(IntfId()));
+// The word must be followed by a port number.
+TEST(IntfIdClass, ManagementAndInternalInterfacesByName) {
+  const struct {
+    const char *name;
+    bool mgmt;
+    bool internal;
+  } cases[] = {{"Management1", true, false}, {"Management1/1", true, false},
+               {"Management", false, false}, {"ManagementVlan1", false, false},
+               {"Internal1", false, true},   {"Internal2/1", false, true},
+               {"Internal", false, false},   {"InternalLink1", false, false},
+               {"Ethernet1", false, false},  {"", false, false}};
+  for (const auto &c : cases) {
+    EXPECT_EQ(Wirx::MgmtIntfId::isMgmtIntfId(IntfId(c.name)), c.mgmt) << c.name;
+    EXPECT_EQ(Wirx::InternalIntfId::isInternalIntfId(IntfId(c.name)),
+              c.internal)
+        << c.name;
+  }
 }
 
 } // namespace

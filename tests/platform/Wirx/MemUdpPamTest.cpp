@@ -16,46 +16,30 @@ Orv::Ptr<Wirx::Pkt> payload(std::vector<Orv::U8> bytes) {
 
 IpGenAddr addr(std::string_view text) { return *IpGenAddr::fromString(text); }
 
+// The addressing stays until changed; what a socket would refuse is counted
+// with the socket's error instead.
 TEST(MemUdpPam, RecordsEachDatagramWithTheAddressingInForce) {
   auto pam = Orv::make<Wirx::MemUdpPam>("udpPam4", 3503);
-  EXPECT_EQ(pam->port(), 3503);
-  EXPECT_EQ(pam->writableCount(), 1u);
-  pam->txSrcAddrIs(addr("10.0.0.1"));
+  pam->txPktIs(payload({1}));
+  EXPECT_EQ(pam->txErrno(), EDESTADDRREQ);
   pam->txDstAddrIs(addr("10.0.0.9"));
+  pam->txPktIs(payload({1}));
+  EXPECT_EQ(pam->txErrno(), EDESTADDRREQ) << "no destination port";
   pam->txDstPortIs(49152);
-  auto pkt = payload({1, 2, 3});
-  pam->txPktIs(pkt);
-  EXPECT_EQ(pkt->refCount(), 1u) << "the module lets the packet go";
-  // The addressing stays until changed.
+  pam->txSrcAddrIs(addr("2001:db8::1"));
+  pam->txPktIs(payload({1}));
+  EXPECT_EQ(pam->txErrno(), EAFNOSUPPORT);
+  EXPECT_EQ(pam->txErrors(), 3u);
+
+  pam->txSrcAddrIs(IpGenAddr()); // the system picks one
+  pam->txPktIs(payload({1, 2, 3}));
+  pam->txSrcAddrIs(addr("10.0.0.1"));
   pam->txDstPortIs(49153);
   pam->txPktIs(payload({4}));
   EXPECT_EQ(pam->datagrams(),
             (std::vector<UdpDatagram>{
-                {addr("10.0.0.1"), 3503, addr("10.0.0.9"), 49152, {1, 2, 3}},
+                {IpGenAddr(), 3503, addr("10.0.0.9"), 49152, {1, 2, 3}},
                 {addr("10.0.0.1"), 3503, addr("10.0.0.9"), 49153, {4}}}));
-  EXPECT_EQ(pam->txErrors(), 0u);
-  pam->clear();
-  EXPECT_TRUE(pam->datagrams().empty());
-}
-
-TEST(MemUdpPam, RefusesUnusableAddressingWithASocketError) {
-  auto pam = Orv::make<Wirx::MemUdpPam>("udpPam6", 3503);
-  pam->txPktIs(payload({1}));
-  EXPECT_EQ(pam->txErrno(), EDESTADDRREQ);
-  pam->txDstAddrIs(addr("2001:db8::9"));
-  pam->txPktIs(payload({1}));
-  EXPECT_EQ(pam->txErrno(), EDESTADDRREQ) << "no destination port";
-  pam->txDstPortIs(49152);
-  pam->txSrcAddrIs(addr("10.0.0.1"));
-  pam->txPktIs(payload({1}));
-  EXPECT_EQ(pam->txErrno(), EAFNOSUPPORT);
-  EXPECT_EQ(pam->txErrors(), 3u);
-  EXPECT_TRUE(pam->datagrams().empty());
-  // Without a source address the system picks one.
-  pam->txSrcAddrIs(IpGenAddr());
-  pam->txPktIs(payload({1}));
-  ASSERT_EQ(pam->datagrams().size(), 1u);
-  EXPECT_TRUE(!pam->datagrams()[0].srcAddr);
 }
 
 TEST(MemUdpPam, ReceivedPayloadsComeWithTheirSource) {
@@ -65,14 +49,11 @@ TEST(MemUdpPam, ReceivedPayloadsComeWithTheirSource) {
   pam->rxPktIs(addr("10.0.0.9"), 49152, first);
   pam->rxPktIs(addr("2001:db8::9"), 3503, second);
   EXPECT_EQ(pam->readableCount(), 2u);
-  EXPECT_EQ(pam->rxQueued(), 2u);
-
   EXPECT_EQ(pam->rxPkt(), first);
   EXPECT_EQ(pam->rxSrcAddr(), addr("10.0.0.9"));
   EXPECT_EQ(pam->rxSrcPort(), 49152);
   EXPECT_EQ(pam->rxPkt(), second);
   EXPECT_EQ(pam->rxSrcAddr(), addr("2001:db8::9"));
-  EXPECT_EQ(pam->rxSrcPort(), 3503);
   // Nothing left: no stale source either.
   EXPECT_EQ(pam->rxPkt(), nullptr);
   EXPECT_TRUE(!pam->rxSrcAddr());
