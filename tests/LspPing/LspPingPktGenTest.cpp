@@ -49,6 +49,7 @@ TEST_P(GoldenFrameTest, ParsesBack) {
   EXPECT_EQ(eth.udpHdrOffset(), gen->udpHeaderOffset());
   EXPECT_EQ(eth.udpLength(), gen->udpHeaderLength() + gen->udpPayloadLength());
   EXPECT_EQ(eth.udpPayloadLength(), gen->udpPayloadLength());
+  EXPECT_EQ(gen->availTailRoom(), gen->pkt()->tailroom());
 
   auto pdu = lspPingPduParserFactory(gen->pkt(), eth.udpPayloadOffset());
   pdu->initializedIs(true);
@@ -76,39 +77,6 @@ INSTANTIATE_TEST_SUITE_P(LspPingPktGen, GoldenFrameTest,
                          [](const testing::TestParamInfo<GoldenFrame> &info) {
                            return std::string(info.param.name);
                          });
-
-// The reference request: where each layer went, and the lengths that
-// follow from it (24 + 8 + 32 + 4 + 12 = 80 bytes of IPv4).
-TEST(LspPingPktGen, ReferenceRequestLayers) {
-  auto gen = newPktGen();
-  const U32 room = gen->availTailRoom();
-  EXPECT_EQ(gen->totalTailRoom(), room);
-  EXPECT_EQ(gen->offset(), 0u);
-  goldenFrames()[0].build(*gen);
-
-  EXPECT_EQ(gen->ethHeaderOffset(), 0);
-  EXPECT_EQ(gen->ethHeaderLength(), 14);
-  EXPECT_EQ(gen->mplsHeaderOffset(), 14);
-  EXPECT_EQ(gen->mplsHeaderLength(), 8);
-  EXPECT_EQ(gen->ipHeaderOffset(), 22);
-  EXPECT_EQ(gen->ipHeaderLength(), 24);
-  EXPECT_EQ(gen->ip6Header(), nullptr);
-  EXPECT_EQ(gen->udpHeaderOffset(), 46);
-  EXPECT_EQ(gen->udpHeaderLength(), 8);
-  EXPECT_EQ(gen->lspPingHdrLength(), 32);
-  EXPECT_EQ(gen->udpPayloadLength(), 48);
-  EXPECT_EQ(gen->lspPingTlvHdrLength(), 12);
-  EXPECT_EQ(gen->ipHeader()->totalLength(), 80);
-  EXPECT_EQ(gen->lspPingTlvHdr()->length(), 12);
-  EXPECT_EQ(gen->availTailRoom(), room - 102);
-  EXPECT_EQ(gen->pkt()->tailroom(), gen->availTailRoom());
-  // The second label sits right behind the first; the Ethernet header did
-  // not move.
-  const U8 *data = gen->pkt()->data();
-  EXPECT_EQ(reinterpret_cast<const U8 *>(gen->ethHeader()), data);
-  EXPECT_EQ(reinterpret_cast<const U8 *>(gen->mplsHeader()), data + 14);
-  EXPECT_EQ(Wirx::load32(data + 18), 200u << 12 | 0x100 | 255);
-}
 
 // The same fields as the peers' struct-built reference frame: only the IPv4
 // identification differs (the peers send 1, we send 0), and with it the
@@ -171,111 +139,114 @@ std::string literal(const std::string &text) {
   return pattern;
 }
 
-LspPingDownstreamLabelStack oneDsLabel() {
-  LspPingDownstreamLabelStack labels;
-  labels.labelEntryIs(0, LspPingDownstreamLabelEntry::fromWord(0x00190103));
-  labels.size = 1;
-  return labels;
-}
-
-TEST(LspPingPktGenDeathTest, LayersOutOfOrder) {
-  auto gen = newPktGen();
-  gen->addEtherHdr(Wirx::EthAddr(), Wirx::EthAddr(), 0x0800);
-  EXPECT_DEATH(gen->addEtherHdr(Wirx::EthAddr(), Wirx::EthAddr(), 0x0800),
-               literal("totalTailRoom() == availTailRoom()"));
-  gen->addIpHdr(ip4("10.0.0.1"), ip4("10.0.0.2"), 1, 17);
-  gen->addUdpHdr(1, 2);
-  EXPECT_DEATH(gen->addIpHdr(ip4("10.0.0.1"), ip4("10.0.0.2"), 1, 17),
-               literal("udpHeader_ == __null"));
-  EXPECT_DEATH(gen->addIp6Hdr(ip6("::1"), ip6("::2"), 1, 17),
-               literal("udpHeader_ == __null"));
-  gen->addLspPingHdr(1, 0, 1, 2, 0, 0, 7, 1, 0, 0, 0, 0);
-  EXPECT_DEATH(gen->addUdpHdr(1, 2), literal("lspPingHdr_ == __null"));
-  EXPECT_DEATH(gen->addLspPingHdr(1, 0, 1, 2, 0, 0, 7, 1, 0, 0, 0, 0),
-               literal("lspPingHdr_ == __null"));
-}
-
-TEST(LspPingPktGenDeathTest, NoRoomLeft) {
-  // 20 bytes of tail room: not more than a bare IPv4 header.
-  auto gen = lspPingPktGenFactory(Wirx::Pkt::make(Wirx::Pkt::capacity - 20));
-  gen->initializedIs(true);
-  EXPECT_DEATH(gen->addIpHdr(ip4("10.0.0.1"), ip4("10.0.0.2"), 1, 17),
-               literal("availTailRoom() > sizeof( Wirx::IpHdr )"));
-  EXPECT_DEATH(gen->addIp6Hdr(ip6("::1"), ip6("::2"), 1, 17),
-               literal("availTailRoom() > sizeof( Wirx::Ip6Hdr )"));
-  auto small = lspPingPktGenFactory(Wirx::Pkt::make(Wirx::Pkt::capacity - 8));
-  small->initializedIs(true);
-  EXPECT_DEATH(small->addUdpHdr(1, 2),
-               literal("availTailRoom() > sizeof( Wirx::UdpHdr )"));
-  small->addLspPingTlvHdr(1, 0);
-  EXPECT_DEATH(small->addLspPingLdpIpv4SubTlv(ip4("10.0.0.1"), 32),
-               literal("msgGen->availTailRoom() >= tlvSize"));
+TEST(LspPingPktGenDeathTest, LayersOutOfOrderOrWithoutRoom) {
+  const struct {
+    U32 tailRoom; // 0 for a whole packet
+    void (*misuse)(LspPingPktGen &);
+    std::string invariant;
+  } cases[] = {
+      {0,
+       [](LspPingPktGen &gen) {
+         gen.addEtherHdr(Wirx::EthAddr(), Wirx::EthAddr(), 0x0800);
+         gen.addEtherHdr(Wirx::EthAddr(), Wirx::EthAddr(), 0x0800);
+       },
+       "totalTailRoom() == availTailRoom()"},
+      {0,
+       [](LspPingPktGen &gen) {
+         gen.addUdpHdr(1, 2);
+         gen.addIp6Hdr(ip6("::1"), ip6("::2"), 1, 17);
+       },
+       "udpHeader_ == __null"},
+      {0,
+       [](LspPingPktGen &gen) {
+         gen.addLspPingHdr(1, 0, 1, 2, 0, 0, 7, 1, 0, 0, 0, 0);
+         gen.addUdpHdr(1, 2);
+       },
+       "lspPingHdr_ == __null"},
+      {20,
+       [](LspPingPktGen &gen) {
+         gen.addIpHdr(ip4("10.0.0.1"), ip4("10.0.0.2"), 1, 17);
+       },
+       "availTailRoom() > sizeof( Wirx::IpHdr )"},
+      {8,
+       [](LspPingPktGen &gen) {
+         gen.addLspPingTlvHdr(1, 0);
+         gen.addLspPingLdpIpv4SubTlv(ip4("10.0.0.1"), 32);
+       },
+       "msgGen->availTailRoom() >= tlvSize"},
+  };
+  for (const auto &c : cases) {
+    auto gen = c.tailRoom ? lspPingPktGenFactory(Wirx::Pkt::make(
+                                Wirx::Pkt::capacity - c.tailRoom))
+                          : newPktGen();
+    gen->initializedIs(true);
+    EXPECT_DEATH(c.misuse(*gen), literal(c.invariant));
+  }
 }
 
 TEST(LspPingPktGenDeathTest, UnsupportedInterfaceAndLabelStack) {
-  auto gen = newPktGen();
-  Wirx::MplsLabelStack labels;
-  EXPECT_DEATH(gen->addLspPingIntfAndLabelStackTlv(
-                   LspPingAddrType::ipv4Numbered, ip4("10.0.0.1"),
-                   Wirx::IntfId(), labels),
-               literal("labelStack.valid()"));
-  labels.push(Wirx::MplsLabel(100));
-  EXPECT_DEATH(
-      gen->addLspPingIntfAndLabelStackTlv(LspPingAddrType::ipv4Unnumbered,
-                                          ip6("::1"), Wirx::IntfId(), labels),
-      literal("addr.af() == Wirx::ipv4()"));
-  EXPECT_DEATH(gen->addLspPingIntfAndLabelStackTlv(
-                   LspPingAddrType::ipv6Numbered, ip4("10.0.0.1"),
-                   Wirx::IntfId(), labels),
-               literal("addr.af() == Wirx::ipv6()"));
-  EXPECT_DEATH(
-      gen->addLspPingIntfAndLabelStackTlv(LspPingAddrType::ipv6Unnumbered,
-                                          ip6("::1"), Wirx::IntfId(), labels),
-      literal("false && \"IPv6 unnumbered interface and label stack "
-              "TLVs\" \" are currently not supported\""));
+  Wirx::MplsLabelStack one;
+  one.push(Wirx::MplsLabel(100));
+  const struct {
+    LspPingAddrType type;
+    Wirx::IpGenAddr addr;
+    Wirx::MplsLabelStack labels;
+    std::string invariant;
+  } cases[] = {
+      {LspPingAddrType::ipv4Numbered,
+       ip4("10.0.0.1"),
+       {},
+       "labelStack.valid()"},
+      {LspPingAddrType::ipv4Unnumbered, ip6("::1"), one,
+       "addr.af() == Wirx::ipv4()"},
+      {LspPingAddrType::ipv6Unnumbered, ip6("::1"), one,
+       "false && \"IPv6 unnumbered interface and label stack TLVs\" \" "
+       "are currently not supported\""},
+  };
+  for (const auto &c : cases) {
+    EXPECT_DEATH(newPktGen()->addLspPingIntfAndLabelStackTlv(
+                     c.type, c.addr, Wirx::IntfId(), c.labels),
+                 literal(c.invariant));
+  }
 }
 
 TEST(LspPingPktGenDeathTest, UnsupportedDownstreamMapping) {
-  auto gen = newPktGen();
   const Wirx::IpGenAddr v4 = ip4("10.0.0.2");
   const Wirx::IpGenAddr v6 = ip6("2001:db8::2");
-  EXPECT_DEATH(gen->addLspPingDownstreamMappingTlv(
-                   1500, LspPingAddrType::ipv4Numbered, 0, v4, v4,
-                   LspPingMultipathType::noMultipath, 0, v4,
-                   LspPingMultipathBitset(), LspPingDownstreamLabelStack()),
-               literal("labelStack.valid()"));
-  EXPECT_DEATH(gen->addLspPingDownstreamMappingTlv(
-                   1500, LspPingAddrType::ipv4Numbered, 0, v4, v6,
-                   LspPingMultipathType::noMultipath, 0, v4,
-                   LspPingMultipathBitset(), oneDsLabel()),
-               literal("dsIpAddr.af() == dsIntfAddr.af()"));
-  EXPECT_DEATH(gen->addLspPingDownstreamMappingTlv(
-                   1500, LspPingAddrType::ipv6Numbered, 0, v4, v4,
-                   LspPingMultipathType::noMultipath, 0, v4,
-                   LspPingMultipathBitset(), oneDsLabel()),
-               literal("dsIpAddr.af() == Wirx::ipv6()"));
-  EXPECT_DEATH(gen->addLspPingDownstreamMappingTlv(
-                   1500, LspPingAddrType::ipv6Unnumbered, 0, v6, v6,
-                   LspPingMultipathType::noMultipath, 0, v6,
-                   LspPingMultipathBitset(), oneDsLabel()),
-               literal("false && \"IPv6 unnumbered downstream mapping TLVs "
-                       "are currently\" \" not supported.\""));
-  EXPECT_DEATH(gen->addLspPingDownstreamMappingTlv(
-                   1500, LspPingAddrType::ipv4Numbered, 0, v4, v4,
-                   LspPingMultipathType::noMultipath, 0, v4,
-                   LspPingMultipathBitset(4), oneDsLabel()),
-               literal("dsMultipathBitset.size() == 0"));
-  EXPECT_DEATH(gen->addLspPingDownstreamMappingTlv(
-                   1500, LspPingAddrType::ipv4Numbered, 0, v4, v4,
-                   LspPingMultipathType::maskedIpSetMultipath, 0, v4,
-                   LspPingMultipathBitset(6), oneDsLabel()),
-               literal("dsMultipathBitset.size() % 4 == 0"));
-  EXPECT_DEATH(gen->addLspPingDownstreamMappingTlv(
-                   1500, LspPingAddrType::ipv4Numbered, 0, v4, v4,
-                   LspPingMultipathType::ipRangeMultipath, 0, v4,
-                   LspPingMultipathBitset(), oneDsLabel()),
-               literal("false && \"Only no multipath, and masked IP set "
-                       "multipath are \" \"supported\""));
+  LspPingDownstreamLabelStack labels;
+  labels.labelEntryIs(0, LspPingDownstreamLabelEntry::fromWord(0x00190103));
+  labels.size = 1;
+  using Type = LspPingAddrType;
+  using Multipath = LspPingMultipathType;
+  const struct {
+    Type type;
+    Wirx::IpGenAddr dsAddr;
+    Wirx::IpGenAddr intfAddr;
+    Multipath multipath;
+    U32 bitsetSize;
+    std::string invariant;
+  } cases[] = {
+      {Type::ipv4Numbered, v4, v6, Multipath::noMultipath, 0,
+       "dsIpAddr.af() == dsIntfAddr.af()"},
+      {Type::ipv6Numbered, v4, v4, Multipath::noMultipath, 0,
+       "dsIpAddr.af() == Wirx::ipv6()"},
+      {Type::ipv6Unnumbered, v6, v6, Multipath::noMultipath, 0,
+       "false && \"IPv6 unnumbered downstream mapping TLVs are currently\" "
+       "\" not supported.\""},
+      {Type::ipv4Numbered, v4, v4, Multipath::noMultipath, 4,
+       "dsMultipathBitset.size() == 0"},
+      {Type::ipv4Numbered, v4, v4, Multipath::maskedIpSetMultipath, 6,
+       "dsMultipathBitset.size() % 4 == 0"},
+      {Type::ipv4Numbered, v4, v4, Multipath::ipRangeMultipath, 0,
+       "false && \"Only no multipath, and masked IP set multipath are \" "
+       "\"supported\""},
+  };
+  for (const auto &c : cases) {
+    EXPECT_DEATH(newPktGen()->addLspPingDownstreamMappingTlv(
+                     1500, c.type, 0, c.dsAddr, c.intfAddr, c.multipath, 0,
+                     c.dsAddr, LspPingMultipathBitset(c.bitsetSize), labels),
+                 literal(c.invariant));
+  }
 }
 
 } // namespace

@@ -3,10 +3,8 @@
 #include <string>
 
 #include "Bytes.h"
-#include "LspPing/LspPingHdrParser.h"
 #include "LspPing/LspPingPduParser.h"
 #include "LspPing/LspPingTlvGroupParser.h"
-#include "Orv/Trace.h"
 
 namespace LspPing {
 namespace {
@@ -39,13 +37,7 @@ TEST(LspPingPduParser, WellFormedRequestIsIndexed) {
   ASSERT_NE(fec, nullptr);
   EXPECT_EQ(fec->offsetNum(), 1u);
   EXPECT_EQ(parser->tlvGroupParser()->tlvTypeOffset(2), nullptr);
-}
-
-TEST(LspPingPduParser, HeaderOnly) {
-  EXPECT_TRUE(parse(replyHdr)->valid());
-  auto request = parse(requestHdr);
-  EXPECT_FALSE(request->valid());
-  EXPECT_EQ(request->reason(), "Request message must have Target Fec TLV");
+  EXPECT_TRUE(parse(replyHdr)->valid()) << "a reply needs no TLV";
 }
 
 TEST(LspPingPduParser, DuplicateTypesKeepEveryOccurrenceInOrder) {
@@ -76,6 +68,7 @@ TEST(LspPingPduParser, ReasonTexts) {
   } cases[] = {
       {"0001 0000 01 02", "LspPingHdr is corrupted"},
       {"0003" + requestHdr.substr(4), "Invalid lspPingHdr"},
+      {requestHdr, "Request message must have Target Fec TLV"},
       {replyHdr + "0003 fffa", "Invalid totalLength in TLV hdr"},
       {replyHdr + "0003 0014 00000000 00000000",
        "Msg/Tlv is corrupted/truncated"},
@@ -88,44 +81,33 @@ TEST(LspPingPduParser, ReasonTexts) {
     EXPECT_FALSE(parser->valid()) << c.hex;
     EXPECT_EQ(parser->reason(), c.reason) << c.hex;
   }
+  EXPECT_EQ(parse(replyHdr + "0003 0000 0003 0020")->tlvNum(), 1u)
+      << "a fault keeps what was indexed before it";
 }
 
-TEST(LspPingPduParser, FaultKeepsWhatWasIndexed) {
-  auto parser = parse(replyHdr + "0003 0000 0003 0020");
-  EXPECT_FALSE(parser->valid());
-  EXPECT_EQ(parser->tlvNum(), 1u);
-}
-
-TEST(LspPingPduParser, ParsesOnlyWhenInitialized) {
-  auto parser = lspPingPduParserFactory(pktOf(hexBytes(replyHdr)), 0);
-  EXPECT_FALSE(parser->valid());
-  EXPECT_EQ(parser->lspPingHdr(), nullptr);
-  parser->initializedIs(true);
-  EXPECT_TRUE(parser->valid());
-}
-
-TEST(LspPingTlvGroupParser, SizesAreRoundedPerTlv) {
-  auto pkt = pktOf(hexBytes("0003 0005 00000000 00000000"));
-  auto exact = lspPingTlvGroupParserFactory(pkt, 0, 12);
-  exact->parseTlvGroup();
-  EXPECT_TRUE(exact->valid());
-
-  auto longer = pktOf(hexBytes("0003 0009 00000000 00000000 00000000"));
-  auto cut = lspPingTlvGroupParserFactory(longer, 0, 12);
-  cut->parseTlvGroup();
-  EXPECT_EQ(cut->reason(), "Msg/Tlv is corrupted/truncated");
-
-  auto empty = lspPingTlvGroupParserFactory(pkt, 12, 0);
-  empty->parseTlvGroup();
-  EXPECT_TRUE(empty->valid());
-
-  auto tooBig = lspPingTlvGroupParserFactory(pkt, 4, 12);
-  tooBig->parseTlvGroup();
-  EXPECT_EQ(tooBig->reason(), "Packet is too small, size: 12");
-
-  auto corrupt = lspPingTlvGroupParserFactory(pktOf(hexBytes("0003 00")), 0, 3);
-  corrupt->parseTlvGroup();
-  EXPECT_EQ(corrupt->reason(), "Msg/Tlv header is corrupted");
+// A group of TLVs at (offset, size) of the packet, each rounded up to four
+// bytes.
+TEST(LspPingTlvGroupParser, Reasons) {
+  const struct {
+    const char *hex;
+    U32 offset;
+    U32 size;
+    const char *reason;
+  } cases[] = {
+      {"0003 0005 00000000 00000000", 0, 12, ""},
+      {"0003 0005 00000000 00000000", 12, 0, ""},
+      {"0003 0009 00000000 00000000 00000000", 0, 12,
+       "Msg/Tlv is corrupted/truncated"},
+      {"0003 0005 00000000 00000000", 4, 12, "Packet is too small, size: 12"},
+      {"0003 00", 0, 3, "Msg/Tlv header is corrupted"},
+  };
+  for (const auto &c : cases) {
+    auto group =
+        lspPingTlvGroupParserFactory(pktOf(hexBytes(c.hex)), c.offset, c.size);
+    group->parseTlvGroup();
+    EXPECT_EQ(group->reason(), c.reason) << c.hex;
+    EXPECT_EQ(group->valid(), *c.reason == 0) << c.hex;
+  }
 }
 
 TEST(LspPingTlvGroupParser, ManyTlvsSpillPastTheInlineIndex) {
@@ -143,29 +125,13 @@ TEST(LspPingTlvGroupParser, ManyTlvsSpillPastTheInlineIndex) {
 }
 
 TEST(LspPingPduParser, TracesProgressAndFaults) {
-  struct Sink : Orv::TraceSink {
-    std::vector<std::string> lines;
-    void write(std::string_view, int level, std::string_view text) override {
-      lines.push_back(std::to_string(level) + " " + std::string(text));
-    }
-  } sink;
-  Orv::traceSinkIs(&sink);
-  Orv::traceLevelIs("LspPing/LspPingPktParser", 9);
+  TestSupport::TraceCapture log("LspPing/LspPingPktParser", 9);
   parse(replyHdr + "0003 0000 0003");
-  Orv::traceLevelIs("LspPing/LspPingPktParser", -1);
-  Orv::traceSinkIs(nullptr);
-  EXPECT_EQ(sink.lines, (std::vector<std::string>{
-                            "6 Parse packet frontBytes: 38, offset: 32, size 6",
-                            "6    Msg/TLV 0: offset 32, size 4",
-                            "5 Msg/Tlv header is corrupted"}));
-}
-
-TEST(LspPingHdrParser, PointsAtTheHeaderUnchecked) {
-  auto pkt = pktOf(hexBytes("00 " + replyHdr));
-  auto parser = lspPingHdrParserFactory(pkt, 1);
-  EXPECT_EQ(parser->offset(), 1u);
-  EXPECT_EQ(parser->header()->returnCode, 3);
-  EXPECT_EQ(reinterpret_cast<const U8 *>(parser->header()), pkt->data() + 1);
+  EXPECT_EQ(log.lines,
+            (std::vector<std::pair<int, std::string>>{
+                {6, "Parse packet frontBytes: 38, offset: 32, size 6"},
+                {6, "   Msg/TLV 0: offset 32, size 4"},
+                {5, "Msg/Tlv header is corrupted"}}));
 }
 
 TEST(LspPingPduParser, NeverReadsPastTheDataForAnyTruncation) {

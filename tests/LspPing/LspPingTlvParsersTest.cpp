@@ -5,7 +5,6 @@
 #include "Bytes.h"
 #include "LspPing/LspPingDownstreamMappingTlvParser.h"
 #include "LspPing/LspPingIntfAndLabelStackTlvParser.h"
-#include "LspPing/LspPingNilFecSubTlvParser.h"
 #include "LspPing/LspPingTargetFecTlvParser.h"
 
 namespace LspPing {
@@ -35,78 +34,58 @@ Orv::Ptr<LspPingTargetFecTlvParser> parseFec(const std::string &subTlvs,
   return parser;
 }
 
-TEST(LspPingTargetFecTlvParser, EachFecGivesItsResult) {
-  auto ldpFec = parseFec(ldp);
-  ASSERT_TRUE(ldpFec->valid()) << ldpFec->reason();
-  EXPECT_EQ(ldpFec->targetFec().stringValue(), "10.1.1.1/32");
+// The prefix a request is checked against: the last usable LDP or segment-
+// routing sub-TLV of the stack, as far as the parser walks.
+TEST(LspPingTargetFecTlvParser, TheFecTakenFromTheStack) {
+  const std::pair<std::string, const char *> cases[] = {
+      {ldp, "10.1.1.1/32"},
+      {srV4, "10.0.0.1/32"},
+      {srV6, "2001:db8::1/128"},
+      {"7c01" + srV6.substr(4), "2001:db8::1/128"},
+      {rsvp + ldp, "10.1.1.1/32"},
+      {ldp + "0001 0005 0a020202 18 000000", "10.2.2.2/24"},
+      {"0001 0004 0a010101 20 000000 " + srV4, "10.0.0.1/32"},
+      // An unknown sub-TLV hides everything behind it.
+      {"0009 0000 " + ldp, nullptr},
+      // /33 names no prefix.
+      {"0001 0005 0a010101 21 000000", nullptr},
+      {rsvp, nullptr},
+      {nil, nullptr},
+  };
+  for (const auto &[subTlvs, prefix] : cases) {
+    auto parser = parseFec(subTlvs);
+    ASSERT_TRUE(parser->valid()) << subTlvs << parser->reason();
+    if (prefix) {
+      EXPECT_EQ(parser->targetFec().stringValue(), prefix) << subTlvs;
+    } else {
+      EXPECT_TRUE(!parser->targetFec()) << subTlvs;
+    }
+  }
+}
 
+TEST(LspPingTargetFecTlvParser, RsvpPseudowireAndNilFecs) {
   auto rsvpFec = parseFec(rsvp);
-  EXPECT_EQ(rsvpFec->rsvpSpId().tunnelDst.stringValue(), "192.0.2.1");
-  EXPECT_EQ(rsvpFec->rsvpSpId().tunnelId, 7);
-  EXPECT_EQ(rsvpFec->rsvpSpId().extendedTunnelId.stringValue(), "192.0.2.2");
-  EXPECT_EQ(rsvpFec->rsvpSpId().lspId, 9);
+  EXPECT_EQ(rsvpFec->rsvpSpId(), (Rsvp::RsvpSpId{Wirx::IpAddr(0xc0000201), 7,
+                                                 Wirx::IpAddr(0xc0000202), 9}));
   EXPECT_EQ(rsvpFec->rsvpSenderAddr().stringValue(), "192.0.2.3");
-  EXPECT_TRUE(!rsvpFec->targetFec());
-
-  auto pwFec = parseFec(pw);
-  EXPECT_EQ(pwFec->pwInfo(), LspPingPwInfo(Wirx::IpAddr(0x0a000001),
-                                           Wirx::IpAddr(0x0a000002), 100, 5));
-
-  EXPECT_EQ(parseFec(srV4)->targetFec().stringValue(), "10.0.0.1/32");
-  EXPECT_EQ(parseFec(srV6)->targetFec().stringValue(), "2001:db8::1/128");
-  auto deprecated = parseFec("7c01" + srV6.substr(4));
-  EXPECT_EQ(deprecated->targetFec().stringValue(), "2001:db8::1/128");
-}
-
-TEST(LspPingTargetFecTlvParser, FirstUsableFecWinsAndLaterOnesReplaceEarlier) {
-  EXPECT_EQ(parseFec(rsvp + ldp)->targetFec().stringValue(), "10.1.1.1/32");
-  auto twoLdp = parseFec(ldp + "0001 0005 0a020202 18 000000");
-  EXPECT_EQ(twoLdp->targetFec().stringValue(), "10.2.2.2/24");
-  auto badLdp = parseFec("0001 0004 0a010101 20 000000 " + srV4);
-  EXPECT_EQ(badLdp->targetFec().stringValue(), "10.0.0.1/32")
-      << "an invalid sub-TLV is not chosen";
-}
-
-TEST(LspPingTargetFecTlvParser, UnknownSubTlvHidesEverythingBehindIt) {
-  auto parser = parseFec("0009 0000 " + ldp);
-  ASSERT_TRUE(parser->valid());
-  EXPECT_EQ(parser->tlvNum(), 2u);
-  EXPECT_EQ(parser->ldpIpv4SubTlv(), nullptr);
-  EXPECT_TRUE(!parser->targetFec());
-}
-
-TEST(LspPingTargetFecTlvParser, NilFecAloneIsAValidEmptyParse) {
-  auto parser = parseFec(nil);
-  ASSERT_TRUE(parser->valid());
-  ASSERT_NE(parser->nilFecSubTlv(), nullptr);
-  EXPECT_EQ(parser->nilFecSubTlv()->labelField.label(), 3u);
-  EXPECT_TRUE(!parser->targetFec());
-  EXPECT_TRUE(!parser->pwInfo());
+  EXPECT_EQ(parseFec(pw)->pwInfo(),
+            LspPingPwInfo(Wirx::IpAddr(0x0a000001), Wirx::IpAddr(0x0a000002),
+                          100, 5));
+  auto nilFec = parseFec(nil);
+  ASSERT_NE(nilFec->nilFecSubTlv(), nullptr);
+  EXPECT_EQ(nilFec->nilFecSubTlv()->labelField.label(), 3u);
+  EXPECT_TRUE(!nilFec->pwInfo());
+  // A short RSVP sub-TLV is followed by more sub-TLVs: the walk advances 24
+  // bytes regardless and must stop at the end of the data.
+  auto shortRsvp = parseFec("0003 0000 0003 0000 0003 0000");
+  EXPECT_TRUE(shortRsvp->valid());
+  EXPECT_TRUE(!shortRsvp->rsvpSpId());
 }
 
 TEST(LspPingTargetFecTlvParser, Faults) {
-  auto wrongType = parseFec(ldp, "0002");
-  EXPECT_FALSE(wrongType->valid());
-  EXPECT_EQ(wrongType->reason(), "TLV type is not TargetFecStack");
-  auto truncated = parseFec("0001 0009 0a010101");
-  EXPECT_EQ(truncated->reason(), "Msg/Tlv is corrupted/truncated");
-  auto outOfRangePrefix = parseFec("0001 0005 0a010101 21 000000");
-  EXPECT_TRUE(outOfRangePrefix->valid());
-  EXPECT_TRUE(!outOfRangePrefix->targetFec()) << "/33 names no prefix";
-}
-
-TEST(LspPingTargetFecTlvParser, FixedAdvanceNeverLeavesThePacket) {
-  // A short RSVP sub-TLV is followed by more sub-TLVs: the walk advances 24
-  // bytes regardless and must stop at the end of the data.
-  auto parser = parseFec("0003 0000 0003 0000 0003 0000");
-  EXPECT_TRUE(parser->valid());
-  EXPECT_TRUE(!parser->rsvpSpId());
-}
-
-TEST(LspPingRecordParsers, LocateTheirRecord) {
-  auto pkt = pktOf(hexBytes("0000 " + nil));
-  auto parser = lspPingNilFecSubTlvParserFactory(pkt, 2);
-  EXPECT_EQ(parser->header()->stringValue(), "NilFec( '0x3' )");
+  EXPECT_EQ(parseFec(ldp, "0002")->reason(), "TLV type is not TargetFecStack");
+  EXPECT_EQ(parseFec("0001 0009 0a010101")->reason(),
+            "Msg/Tlv is corrupted/truncated");
 }
 
 Orv::Ptr<LspPingIntfAndLabelStackTlvParser> parseIls(const std::string &hex) {
