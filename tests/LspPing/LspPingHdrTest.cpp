@@ -30,116 +30,83 @@ namespace {
 using LspPingTest::hexBytes;
 using LspPingTest::overlay;
 
-template <class Record> std::string textOf(const std::vector<U8> &bytes) {
-  return overlay<Record>(bytes).stringValue();
+using Breaks = std::vector<std::pair<std::size_t, U8>>;
+
+// The record's trace text (unless `valid` is null), and its invalid text
+// once the bytes are changed as `breaks` says.
+template <class Record>
+void expectTexts(const std::string &hex, const char *valid,
+                 const Breaks &breaks, const char *invalid) {
+  auto bytes = hexBytes(hex);
+  if (valid) {
+    EXPECT_EQ(overlay<Record>(bytes).stringValue(), valid);
+  }
+  for (const auto &[offset, value] : breaks) {
+    bytes.at(offset) = value;
+  }
+  EXPECT_EQ(overlay<Record>(bytes).stringValue(), invalid) << hex;
 }
 
-// Each record's trace text, and its invalid text once the listed bytes are
-// changed: what validity looks at and what it leaves alone.
+// What validity looks at, and what it leaves alone: an LDP sub-TLV's type is
+// not looked at.
 TEST(LspPingRecords, TextsAndWhatMakesThemInvalid) {
   const std::string hdr = "0001 0000 01 02 00 00 00000007 0000002a "
                           "e5f1a2b3 80000000 00000000 00000000";
-  const std::string pw = "000a 000e 0a000001 0a000002 00000064 0005 0000";
-  const struct {
-    std::string (*text)(const std::vector<U8> &);
-    std::string hex;
-    const char *valid;
-    std::vector<std::pair<std::size_t, U8>> breaks;
-    const char *invalid;
-  } cases[] = {
-      {textOf<LspPingHdr>,
-       hdr,
-       "LspPingHdr:\tver(1),\tflag(0),\tmsgType(1),\treplyMode(2),"
-       "\treturnCode(0),\treturnSubcode(0),\tsenderHandle(0x7),"
-       "\tseqNum(0x2a),\ttsSenSeconds(0xe5f1a2b3),"
-       "\ttsSentmSeconds(0x80000000),\ttsRcvdSeconds(0x0),"
-       "\ttsRcvdmSeconds(0x0)",
-       {{1, 3}},
-       "Invalid LspPingHdr"},
-      {textOf<LspPingHdr>, hdr, nullptr, {{1, 0}}, "Invalid LspPingHdr"},
-      {textOf<LspPingHdr>, hdr, nullptr, {{4, 0}}, "Invalid LspPingHdr"},
-      {textOf<LspPingHdr>, hdr, nullptr, {{4, 3}}, "Invalid LspPingHdr"},
-      // The type is not looked at.
-      {textOf<LspPingLdpIpv4SubTlv>,
-       "0003 0005 0a010101 20 00 0000",
-       "LdpIpv4( '10.1.1.1/32' )",
-       {{3, 6}},
-       "Invalid LdpIpv4SubTlv"},
-      {textOf<LspPingRsvpIpv4SubTlv>,
-       "0003 0014 c0000201 0000 0007 c0000202 c0000203 0000 0009",
-       "RsvpIpv4:\tdestination(192.0.2.1),\ttunnelId(7),"
-       "\textendedTunnelId(192.0.2.2),\tsenderAddress(192.0.2.3),"
-       "\tlspId(9)",
-       {{1, 1}},
-       "Invalid RsvpIpv4SubTlv"},
-      {textOf<LspPingSrIpv4SubTlv>,
-       "7c00 0006 0a000001 20 02 0000",
-       "SrIpv4( '10.0.0.1/32' )",
-       {{3, 8}},
-       ""},
-      {textOf<LspPingSrIpv6SubTlv>,
-       "0023 0012 20010db8000000000000000000000001 80 02 0000",
-       "SrIpv6( '2001:db8::1/128' )",
-       {{3, 20}},
-       ""},
-      {textOf<LspPingNilFecSubTlv>,
-       "0010 0004 00003000",
-       "NilFec( '0x3' )",
-       {{1, 17}},
-       "Invailid NilFecSunTlv"},
-      {textOf<LspPingFec128Ipv4SubTlv>,
-       pw,
-       "Fec128Ipv4:\tsender(10.0.0.1),\treceiver(10.0.0.2),\tpwId(100),"
-       "\tpwType(5)",
-       {{17, 11}},
-       "Invalid Fec128Ipv4SubTlv"},
-      {textOf<LspPingFec128Ipv4SubTlv>,
-       pw,
-       nullptr,
-       {{17, 4}, {18, 1}},
-       "Invalid Fec128Ipv4SubTlv"},
-      {textOf<LspPingNodeAddrSubTlv>,
-       "000b 0008 0003 0004 0a000009",
-       "NodeAddr( Addr: '10.0.0.9' )",
-       {{5, 4}},
-       "Invalid NodeAddrSubTlv"},
-      {textOf<LspPingP2mpFecStackSubTlv>,
-       "0013 0009 0001 04 0a000001 0000",
-       "P2mpFecStackSubTlv( RootAddr: '10.0.0.1' )",
-       {{1, 18}},
-       "Invalid LspPingP2mpFecStackSubTlv"},
-      {textOf<LspPingOpaqueValSGSubTlv>,
-       "03 0008 0a000001 e0000001",
-       "OpaqueValSGSubTlv( SourceAddr: '10.0.0.1' GroupAddr: '224.0.0.1' )",
-       {{2, 9}},
-       "Invalid LspPingOpaqueValSGSubTlv"},
-      {textOf<LspPingOpaqueValGenSubTlv>,
-       "01 0004 0000002a",
-       "OpaqueValGenSubTlv( lspId: 42 )",
-       {{0, 2}},
-       "Invalid LspPingOpaqueValGenSubTlv"},
-      {textOf<LspPingEchoJitterTlv>,
-       "000c 0004 000003e8",
-       "EchoJitterTlv( jittertime(1000) )",
-       {{3, 5}},
-       "Invalid EchoJitterTlv"},
-      {textOf<LspPingDdmapTlv>,
-       "0014 0010 05dc 01 00 0a000002 0a000003 08 01 0000",
-       "DDMAPTlv( Downstream Address: '10.0.0.2', Downstream Interface "
-       "Address: '10.0.0.3', RetCode: 8, RetSubCode: 1 )",
-       {{1, 2}},
-       "Invalid LspPingDdmapTlv"},
-  };
-  for (const auto &c : cases) {
-    auto bytes = hexBytes(c.hex);
-    if (c.valid) {
-      EXPECT_EQ(c.text(bytes), c.valid);
-    }
-    for (const auto &[offset, value] : c.breaks) {
-      bytes.at(offset) = value;
-    }
-    EXPECT_EQ(c.text(bytes), c.invalid) << c.hex;
+  expectTexts<LspPingHdr>(
+      hdr,
+      "LspPingHdr:\tver(1),\tflag(0),\tmsgType(1),\treplyMode(2),"
+      "\treturnCode(0),\treturnSubcode(0),\tsenderHandle(0x7),"
+      "\tseqNum(0x2a),\ttsSenSeconds(0xe5f1a2b3),\ttsSentmSeconds(0x80000000),"
+      "\ttsRcvdSeconds(0x0),\ttsRcvdmSeconds(0x0)",
+      {{1, 3}}, "Invalid LspPingHdr");
+  for (const Breaks &versionOrType : {Breaks{{1, 0}}, {{4, 0}}, {{4, 3}}}) {
+    expectTexts<LspPingHdr>(hdr, nullptr, versionOrType, "Invalid LspPingHdr");
   }
+  expectTexts<LspPingLdpIpv4SubTlv>("0003 0005 0a010101 20 00 0000",
+                                    "LdpIpv4( '10.1.1.1/32' )", {{3, 6}},
+                                    "Invalid LdpIpv4SubTlv");
+  expectTexts<LspPingRsvpIpv4SubTlv>(
+      "0003 0014 c0000201 0000 0007 c0000202 c0000203 0000 0009",
+      "RsvpIpv4:\tdestination(192.0.2.1),\ttunnelId(7),"
+      "\textendedTunnelId(192.0.2.2),\tsenderAddress(192.0.2.3),\tlspId(9)",
+      {{1, 1}}, "Invalid RsvpIpv4SubTlv");
+  expectTexts<LspPingSrIpv4SubTlv>("7c00 0006 0a000001 20 02 0000",
+                                   "SrIpv4( '10.0.0.1/32' )", {{3, 8}}, "");
+  expectTexts<LspPingSrIpv6SubTlv>(
+      "0023 0012 20010db8000000000000000000000001 80 02 0000",
+      "SrIpv6( '2001:db8::1/128' )", {{3, 20}}, "");
+  expectTexts<LspPingNilFecSubTlv>("0010 0004 00003000", "NilFec( '0x3' )",
+                                   {{1, 17}}, "Invailid NilFecSunTlv");
+  const std::string pw = "000a 000e 0a000001 0a000002 00000064 0005 0000";
+  expectTexts<LspPingFec128Ipv4SubTlv>(
+      pw,
+      "Fec128Ipv4:\tsender(10.0.0.1),\treceiver(10.0.0.2),\tpwId(100),"
+      "\tpwType(5)",
+      {{17, 11}}, "Invalid Fec128Ipv4SubTlv");
+  expectTexts<LspPingFec128Ipv4SubTlv>(pw, nullptr, {{17, 4}, {18, 1}},
+                                       "Invalid Fec128Ipv4SubTlv");
+  expectTexts<LspPingNodeAddrSubTlv>("000b 0008 0003 0004 0a000009",
+                                     "NodeAddr( Addr: '10.0.0.9' )", {{5, 4}},
+                                     "Invalid NodeAddrSubTlv");
+  expectTexts<LspPingP2mpFecStackSubTlv>(
+      "0013 0009 0001 04 0a000001 0000",
+      "P2mpFecStackSubTlv( RootAddr: '10.0.0.1' )", {{1, 18}},
+      "Invalid LspPingP2mpFecStackSubTlv");
+  expectTexts<LspPingOpaqueValSGSubTlv>(
+      "03 0008 0a000001 e0000001",
+      "OpaqueValSGSubTlv( SourceAddr: '10.0.0.1' GroupAddr: '224.0.0.1' )",
+      {{2, 9}}, "Invalid LspPingOpaqueValSGSubTlv");
+  expectTexts<LspPingOpaqueValGenSubTlv>(
+      "01 0004 0000002a", "OpaqueValGenSubTlv( lspId: 42 )", {{0, 2}},
+      "Invalid LspPingOpaqueValGenSubTlv");
+  expectTexts<LspPingEchoJitterTlv>("000c 0004 000003e8",
+                                    "EchoJitterTlv( jittertime(1000) )",
+                                    {{3, 5}}, "Invalid EchoJitterTlv");
+  expectTexts<LspPingDdmapTlv>(
+      "0014 0010 05dc 01 00 0a000002 0a000003 08 01 0000",
+      "DDMAPTlv( Downstream Address: '10.0.0.2', Downstream Interface "
+      "Address: '10.0.0.3', RetCode: 8, RetSubCode: 1 )",
+      {{1, 2}}, "Invalid LspPingDdmapTlv");
 }
 
 TEST(LspPingTlvHdrRecord, TotalLengthIsPaddedToFourBytes) {

@@ -12,7 +12,7 @@
 #include "LspPing/LspPingSrIgpProtocol.h"
 #include "LspPing/LspPingTlvType.h"
 #include "Mpls/LfibLabelAction.h"
-#include "Orv/Trace.h"
+#include "TestSupport.h"
 #include "Wirx/MemUdpPam.h"
 
 namespace LspPing {
@@ -33,6 +33,8 @@ struct Request {
   bool dsMapping = false;
   bool multipath = false;
   bool ipv6 = false;
+  // A Pad TLV: one the responder must understand and does not.
+  bool pad = false;
   U8 msgType = 1;
   U8 replyMode = 2;
   U16 srcPort = 49152;
@@ -79,6 +81,10 @@ struct Request {
           multipath ? LspPingMultipathType::maskedIpSetMultipath
                     : LspPingMultipathType::noMultipath,
           0, IpAddr(0x7f000000), bits, stack);
+      gen->computeHdrLenChecksum();
+    }
+    if (pad) {
+      gen->addLspPingTlvHdr(U16(LspPingTlvType::Pad), 0);
       gen->computeHdrLenChecksum();
     }
     return pkt;
@@ -203,114 +209,92 @@ struct Router {
       *Wirx::Ip6Addr::fromString("2001:db8::fe"), rsvp, intfs);
 };
 
-struct TraceLog : Orv::TraceSink {
-  TraceLog() {
-    Orv::traceSinkIs(this);
-    Orv::traceLevelIs("LspPing/LspPingReqHandler", 9);
-  }
-  ~TraceLog() override {
-    Orv::traceLevelIs("LspPing/LspPingReqHandler", -1);
-    Orv::traceSinkIs(nullptr);
-  }
-  void write(std::string_view, int level, std::string_view text) override {
-    lines.emplace_back(level, text);
-  }
-  bool has(const std::string &text) const { return levelOf(text) >= 0; }
-  // The level `text` was traced at, or -1.
-  int levelOf(const std::string &text) const {
-    const auto it = std::find_if(lines.begin(), lines.end(), [&](auto &line) {
-      return line.second == text;
-    });
-    return it == lines.end() ? -1 : it->first;
-  }
-  std::vector<std::pair<int, std::string>> lines;
-};
-
 using Fec = Request::Fec;
 
+Mpls::CommonLibEntry binding(U32 label, bool inUse) {
+  Mpls::CommonLibEntry entry;
+  entry.labelIs(MplsLabel(label), inUse);
+  return entry;
+}
+
 TEST(LspPingReqHandler, ReturnCodes) {
+  using Code = LspPingReturnCode;
   struct Case {
     const char *name;
     Request request;
-    LspPingReturnCode code;
+    Code code;
     U8 subcode;
+    // Changes to the router's state before the request arrives.
+    void (*setup)(Router &) = nullptr;
   };
+  Request padded{{transitLabel}, Fec::ldp};
+  padded.pad = true;
   const Case cases[] = {
-      {"unlabelled egress",
-       {{}, Fec::egress},
-       LspPingReturnCode::repRouterEgress,
-       1},
-      {"transit",
-       {{transitLabel}, Fec::ldp},
-       LspPingReturnCode::labelSwitchedAtStackDep,
-       1},
+      {"unlabelled egress", {{}, Fec::egress}, Code::repRouterEgress, 1},
+      {"transit", {{transitLabel}, Fec::ldp}, Code::labelSwitchedAtStackDep, 1},
       {"another FEC's label",
        {{transitLabel}, Fec::egress},
-       LspPingReturnCode::labelMappingMismatch,
+       Code::labelMappingMismatch,
        1},
-      {"no route",
-       {{777, 16}, Fec::ldp},
-       LspPingReturnCode::labelSwitchedNoMplsFwd,
-       2},
-      {"unlabelled transit FEC",
-       {{}, Fec::ldp},
-       LspPingReturnCode::labelMappingMismatch,
-       1},
+      {"LDP binds another label",
+       {{transitLabel}, Fec::ldp},
+       Code::labelMappingMismatch,
+       1,
+       [](Router &r) { r.lib->ldpTable().is(ldpFec, binding(1001, true)); }},
+      {"label bound, not in use",
+       {{transitLabel}, Fec::ldp},
+       Code::labelMappingMismatch,
+       1,
+       [](Router &r) {
+         r.lib->ldpTable().is(ldpFec, binding(transitLabel, false));
+       }},
+      {"no LDP binding",
+       {{transitLabel}, Fec::ldp},
+       Code::noMappingForFec,
+       1,
+       [](Router &r) { r.lib->ldpTable().del(ldpFec); }},
+      {"no route", {{777, 16}, Fec::ldp}, Code::labelSwitchedNoMplsFwd, 2},
+      {"unlabelled transit FEC", {{}, Fec::ldp}, Code::labelMappingMismatch, 1},
       {"segment routing IPv4",
        {{transitLabel}, Fec::srV4},
-       LspPingReturnCode::labelSwitchedAtStackDep,
+       Code::labelSwitchedAtStackDep,
        1},
       {"no isisV6 table",
        {{transitLabel}, Fec::srV6},
-       LspPingReturnCode::protocolIntfMismatch,
+       Code::protocolIntfMismatch,
        1},
       {"RSVP transit",
        {{transitLabel}, Fec::rsvp},
-       LspPingReturnCode::labelSwitchedAtStackDep,
+       Code::labelSwitchedAtStackDep,
        1},
-      {"RSVP egress", {{}, Fec::rsvp}, LspPingReturnCode::repRouterEgress, 1},
-      {"Nil FEC", {{transitLabel}, Fec::nil}, LspPingReturnCode::noRetCode, 0},
-      {"pseudowire", {{}, Fec::pw}, LspPingReturnCode::noRetCode, 0},
+      {"RSVP egress", {{}, Fec::rsvp}, Code::repRouterEgress, 1},
+      {"RSVP path with another label",
+       {{transitLabel}, Fec::rsvp},
+       Code::labelMappingMismatch,
+       1,
+       [](Router &r) {
+         r.rsvp->spStateIs(tunnel, Rsvp::RsvpSpState{MplsLabel(55)});
+       }},
+      {"no RSVP",
+       {{transitLabel}, Fec::rsvp},
+       Code::protocolIntfMismatch,
+       1,
+       [](Router &r) { r.rsvp->spStateTableDel(); }},
+      {"Nil FEC", {{transitLabel}, Fec::nil}, Code::noRetCode, 0},
+      {"pseudowire", {{}, Fec::pw}, Code::noRetCode, 0},
+      {"a TLV not understood", padded, Code::tlvNotUnderstood, 0},
   };
   for (const Case &c : cases) {
     Router router;
+    if (c.setup) {
+      c.setup(router);
+    }
     ASSERT_TRUE(router.answer(c.request)) << c.name;
     const LspPingHdr *hdr = router.reply()->lspPingHdr();
     ASSERT_NE(hdr, nullptr) << c.name;
-    EXPECT_EQ(LspPingReturnCode(hdr->returnCode), c.code) << c.name;
+    EXPECT_EQ(Code(hdr->returnCode), c.code) << c.name;
     EXPECT_EQ(hdr->returnSubcode, c.subcode) << c.name;
   }
-}
-
-TEST(LspPingReqHandler, MismatchesOfTheBinding) {
-  Router router;
-  Mpls::CommonLibEntry other;
-  other.labelIs(MplsLabel(1001), true);
-  router.lib->ldpTable().is(ldpFec, other);
-  router.answer({{transitLabel}, Fec::ldp});
-  EXPECT_EQ(LspPingReturnCode(router.reply()->lspPingHdr()->returnCode),
-            LspPingReturnCode::labelMappingMismatch);
-
-  Mpls::CommonLibEntry notInUse;
-  notInUse.labelIs(MplsLabel(transitLabel), false);
-  router.lib->ldpTable().is(ldpFec, notInUse);
-  router.answer({{transitLabel}, Fec::ldp});
-  EXPECT_EQ(LspPingReturnCode(router.reply()->lspPingHdr()->returnCode),
-            LspPingReturnCode::labelMappingMismatch);
-
-  router.lib->ldpTable().del(ldpFec);
-  router.answer({{transitLabel}, Fec::ldp});
-  EXPECT_EQ(LspPingReturnCode(router.reply()->lspPingHdr()->returnCode),
-            LspPingReturnCode::noMappingForFec);
-
-  router.rsvp->spStateIs(tunnel, Rsvp::RsvpSpState{MplsLabel(55)});
-  router.answer({{transitLabel}, Fec::rsvp});
-  EXPECT_EQ(LspPingReturnCode(router.reply()->lspPingHdr()->returnCode),
-            LspPingReturnCode::labelMappingMismatch);
-  router.rsvp->spStateTableDel();
-  router.answer({{transitLabel}, Fec::rsvp});
-  EXPECT_EQ(LspPingReturnCode(router.reply()->lspPingHdr()->returnCode),
-            LspPingReturnCode::protocolIntfMismatch);
 }
 
 TEST(LspPingReqHandler, ReplyEchoesTheRequestAndGoesBackToItsSender) {
@@ -340,7 +324,7 @@ TEST(LspPingReqHandler, ReplyEchoesTheRequestAndGoesBackToItsSender) {
 
 TEST(LspPingReqHandler, OneMappingPerUsableViaWithMultipathOnTheFirstOnly) {
   Router router;
-  TraceLog log;
+  TestSupport::TraceCapture log("LspPing/LspPingReqHandler", 9);
   Request request{{transitLabel}, Fec::ldp};
   request.dsMapping = true;
   request.multipath = true;
@@ -385,7 +369,7 @@ TEST(LspPingReqHandler, TiLfaTunnelViaMapsThroughTheTunnel) {
   EXPECT_EQ(mappings[1].labelStack.labelEntry[0].label().value(), 4000u);
 
   router.tiLfa->tunnelDel(Tunnel::TunnelId(4));
-  TraceLog log;
+  TestSupport::TraceCapture log("LspPing/LspPingReqHandler", 9);
   router.answer(request);
   EXPECT_EQ(router.mappings().size(), 2u);
   EXPECT_TRUE(log.has("getDownstreamMappingInfo TI-LFA tunnel 4 missing from "
@@ -414,7 +398,7 @@ TEST(LspPingReqHandler, LabelStackEchoedWhenAnsweredWithoutVerdict) {
 
 TEST(LspPingReqHandler, UnprogrammedLabelIsDroppedUnlessExplicitNull) {
   Router router;
-  TraceLog log;
+  TestSupport::TraceCapture log("LspPing/LspPingReqHandler", 9);
   EXPECT_FALSE(router.answer({{2222}, Fec::nil}));
   EXPECT_TRUE(log.has("unprogrammed label: 2222"));
   router.hw->routeIs(Mpls::RouteKey::fromLabel(MplsLabel(2222)),
@@ -446,7 +430,7 @@ TEST(LspPingReqHandler, DropChecks) {
                         Case{"unsupported reply mode", dontReply},
                         Case{"unsupported reply mode", routerAlert}}) {
     Router router;
-    TraceLog log;
+    TestSupport::TraceCapture log("LspPing/LspPingReqHandler", 9);
     EXPECT_FALSE(router.answer(c.request)) << c.trace;
     EXPECT_TRUE(log.has(c.trace)) << c.trace;
     EXPECT_TRUE(router.pam4->datagrams().empty());
@@ -455,7 +439,7 @@ TEST(LspPingReqHandler, DropChecks) {
 
 TEST(LspPingReqHandler, MalformedPacketsAreDroppedWithTheirReason) {
   Router router;
-  TraceLog log;
+  TestSupport::TraceCapture log("LspPing/LspPingReqHandler", 9);
   Orv::Ptr<Wirx::Pkt> full = Request{{transitLabel}, Fec::ldp}.frame();
   // Cut inside the echo header: the parser's reason is traced.
   auto cut = Wirx::Pkt::copyOf(full->data(), 14 + 4 + 24 + 8 + 20);
