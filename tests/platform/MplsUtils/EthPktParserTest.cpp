@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -77,132 +78,94 @@ std::vector<U8> with(std::vector<U8> frame, std::size_t offset, U8 value) {
   return frame;
 }
 
-TEST(EthPktParserTest, LabelledIpv4WithRouterAlert) {
-  const Parsed p(labelledIpv4);
-  ASSERT_TRUE(p->valid()) << p->reason();
-  EXPECT_STREQ(p->reason(), "");
-  EXPECT_EQ(p->parsedUpTo(), Layer::udp);
-  EXPECT_EQ(p->ethDst().stringValue(), "00:11:22:33:44:55");
-  EXPECT_EQ(p->ethSrc().stringValue(), "02:00:00:00:00:01");
-  EXPECT_EQ(p->vlanCount(), 0u);
-  EXPECT_EQ(p->etherType(), 0x8847);
-  EXPECT_EQ(p->labelStack().stringValue(), "[100/ttl=255, 200/tc=5/bos/ttl=1]");
-  EXPECT_TRUE(p->isIpv4());
-  EXPECT_FALSE(p->isIpv6());
-  EXPECT_EQ(p->ipHdrOffset(), 22u);
-  EXPECT_EQ(p->ipHdrLength(), 24u);
-  EXPECT_EQ(p->ipLength(), 40u);
-  EXPECT_EQ(p->srcIp().stringValue(), "10.0.0.1");
-  EXPECT_EQ(p->dstIp().stringValue(), "127.0.0.1");
-  EXPECT_EQ(p->ipTtl(), 1);
-  EXPECT_TRUE(p->routerAlert());
-  EXPECT_EQ(p->udpHdrOffset(), 46u);
-  EXPECT_EQ(p->udpPayloadOffset(), 54u);
-  EXPECT_EQ(p->udpLength(), 16);
-  EXPECT_EQ(p->udpPayloadLength(), 8u);
-  EXPECT_EQ(p->srcPort(), 49152);
-  EXPECT_EQ(p->dstPort(), 3503);
-  EXPECT_EQ(p->frame()[p->udpPayloadOffset()], 0xDE);
-  EXPECT_EQ(p->length(), labelledIpv4.size());
-  // The offsets found are the ones the checksums were computed over.
-  EXPECT_TRUE(Wirx::ipv4HeaderChecksumOk(p->frame() + p->ipHdrOffset(),
-                                         p->ipHdrLength()));
-  EXPECT_EQ(Wirx::udpChecksumV4(p->srcIp().v4(), p->dstIp().v4(),
-                                p->frame() + p->udpHdrOffset(), p->udpLength()),
-            p->udpChecksum());
+// Where the parser found each layer and what it read there, on one line.
+std::string layers(const EthPktParser &p) {
+  std::ostringstream os;
+  for (U32 i = 0; i < p.vlanCount(); ++i) {
+    os << "vlan " << p.vlanId(i) << ' ';
+  }
+  os << std::hex << p.etherType() << std::dec << ' '
+     << p.labelStack().stringValue() << " ip " << p.ipHdrOffset() << '+'
+     << p.ipHdrLength() << '/' << p.ipLength() << ' ' << p.srcIp() << " > "
+     << p.dstIp() << " ttl " << int(p.ipTtl())
+     << (p.routerAlert() ? " alert" : "") << " udp " << p.udpHdrOffset() << '/'
+     << p.udpLength() << ' ' << p.srcPort() << " > " << p.dstPort()
+     << " payload " << p.udpPayloadLength();
+  return os.str();
 }
 
-TEST(EthPktParserTest, UnlabelledIpv6) {
-  const Parsed p(plainIpv6);
-  ASSERT_TRUE(p->valid()) << p->reason();
-  EXPECT_TRUE(p->labelStack().empty());
-  EXPECT_TRUE(p->isIpv6());
-  EXPECT_EQ(p->ipHdrOffset(), 14u);
-  EXPECT_EQ(p->ipHdrLength(), 40u);
-  EXPECT_EQ(p->ipLength(), 52u);
-  EXPECT_EQ(p->srcIp().stringValue(), "2001:db8::1");
-  EXPECT_EQ(p->dstIp().stringValue(), "2001:db8::2");
-  EXPECT_EQ(p->ipTtl(), 64);
-  EXPECT_FALSE(p->routerAlert());
-  EXPECT_EQ(p->udpHdrOffset(), 54u);
-  EXPECT_EQ(p->udpPayloadLength(), 4u);
-  EXPECT_EQ(p->srcPort(), 3503);
-  EXPECT_EQ(Wirx::udpChecksumV6(p->srcIp().v6(), p->dstIp().v6(),
-                                p->frame() + p->udpHdrOffset(), p->udpLength()),
-            p->udpChecksum());
-}
-
-TEST(EthPktParserTest, LabelledIpv6WithHopByHopRouterAlert) {
-  const Parsed p(labelledIpv6);
-  ASSERT_TRUE(p->valid()) << p->reason();
-  EXPECT_TRUE(p->labelStack()[0].bos());
-  EXPECT_TRUE(p->isIpv6());
-  EXPECT_EQ(p->ipHdrOffset(), 18u);
-  EXPECT_EQ(p->ipHdrLength(), 48u);
-  EXPECT_EQ(p->dstIp().stringValue(), "::ffff:127.0.0.1");
-  EXPECT_EQ(p->ipTtl(), 1);
-  EXPECT_TRUE(p->routerAlert());
-  EXPECT_EQ(p->udpHdrOffset(), 66u);
-  EXPECT_EQ(p->udpPayloadLength(), 4u);
-  EXPECT_EQ(Wirx::udpChecksumV6(p->srcIp().v6(), p->dstIp().v6(),
-                                p->frame() + p->udpHdrOffset(), p->udpLength()),
-            p->udpChecksum());
-}
-
-TEST(EthPktParserTest, DoubleVlanTaggedIpv4) {
-  const Parsed p(doubleTaggedIpv4);
-  ASSERT_TRUE(p->valid()) << p->reason();
-  ASSERT_EQ(p->vlanCount(), 2u);
-  EXPECT_EQ(p->vlanId(0), 100);
-  EXPECT_EQ(p->vlanId(1), 200);
-  EXPECT_EQ(p->etherType(), 0x0800);
-  EXPECT_EQ(p->ipHdrOffset(), 22u);
-  EXPECT_EQ(p->ipHdrLength(), 20u);
-  EXPECT_FALSE(p->routerAlert());
-  EXPECT_EQ(p->udpPayloadOffset(), 50u);
-  EXPECT_EQ(p->udpPayloadLength(), 4u);
-  EXPECT_EQ(p->dstPort(), 53);
-}
-
-TEST(EthPktParserTest, SingleTagAndMulticastMplsEtherType) {
-  std::vector<U8> frame = labelledIpv4;
+// The last four rows are what the parser tolerates: one tag with the
+// multicast MPLS type, padding after the IP packet, a UDP length claiming
+// more than there is, and an IP length longer than the frame.
+TEST(EthPktParserTest, GoodFrames) {
+  std::vector<U8> oneTag = labelledIpv4;
   const std::vector<U8> tag = hexBytes("8100 0005");
-  frame.insert(frame.begin() + 12, tag.begin(), tag.end());
-  frame[17] = 0x48;
-  const Parsed p(frame);
-  ASSERT_TRUE(p->valid()) << p->reason();
-  EXPECT_EQ(p->vlanCount(), 1u);
-  EXPECT_EQ(p->vlanId(0), 5);
-  EXPECT_EQ(p->etherType(), 0x8848);
-  EXPECT_EQ(p->labelStack().size(), 2u);
-  EXPECT_EQ(p->udpHdrOffset(), 50u);
-}
-
-TEST(EthPktParserTest, PaddingAfterTheIpPacketIsNotPayload) {
-  std::vector<U8> frame = doubleTaggedIpv4;
-  frame.resize(frame.size() + 10, 0);
-  const Parsed p(frame);
-  ASSERT_TRUE(p->valid()) << p->reason();
-  EXPECT_EQ(p->udpPayloadLength(), 4u);
-}
-
-TEST(EthPktParserTest, UdpLengthIsReportedNotEnforced) {
-  // The UDP length claims 100 bytes: the caller sees both numbers.
-  const Parsed p(with(labelledIpv4, 51, 100));
-  ASSERT_TRUE(p->valid()) << p->reason();
-  EXPECT_EQ(p->udpLength(), 100);
-  EXPECT_EQ(p->udpPayloadLength(), 8u);
-}
-
-TEST(EthPktParserTest, AShortFrameEndsTheIpPacketEarly) {
-  // IPv4 claims 1000 bytes; the frame holds 40.
-  std::vector<U8> frame = labelledIpv4;
-  frame[24] = 0x03;
-  frame[25] = 0xE8;
-  const Parsed p(frame);
-  ASSERT_TRUE(p->valid()) << p->reason();
-  EXPECT_EQ(p->ipLength(), 1000u);
-  EXPECT_EQ(p->udpPayloadLength(), 8u);
+  oneTag.insert(oneTag.begin() + 12, tag.begin(), tag.end());
+  oneTag[17] = 0x48;
+  std::vector<U8> padded = doubleTaggedIpv4;
+  padded.resize(padded.size() + 10, 0);
+  std::vector<U8> longIp = with(labelledIpv4, 24, 0x03);
+  longIp[25] = 0xE8;
+  const std::string twoLabels = "[100/ttl=255, 200/tc=5/bos/ttl=1] ip ";
+  const struct {
+    std::vector<U8> frame;
+    std::string layers;
+    // The lengths are as sent, so the checksums verify over them.
+    bool asSent = true;
+  } cases[] = {
+      {labelledIpv4, "8847 " + twoLabels +
+                         "22+24/40 10.0.0.1 > 127.0.0.1 ttl 1 alert "
+                         "udp 46/16 49152 > 3503 payload 8"},
+      {plainIpv6, "86dd [] ip 14+40/52 2001:db8::1 > 2001:db8::2 ttl 64 "
+                  "udp 54/12 3503 > 3503 payload 4"},
+      {labelledIpv6, "8847 [16/bos/ttl=1] ip 18+48/60 2001:db8::a > "
+                     "::ffff:127.0.0.1 ttl 1 alert udp 66/12 49153 > 3503 "
+                     "payload 4"},
+      {doubleTaggedIpv4, "vlan 100 vlan 200 800 [] ip 22+20/32 192.168.0.1 > "
+                         "192.168.0.199 ttl 64 udp 42/12 1234 > 53 payload 4"},
+      {oneTag, "vlan 5 8848 " + twoLabels +
+                   "26+24/40 10.0.0.1 > 127.0.0.1 ttl 1 alert "
+                   "udp 50/16 49152 > 3503 payload 8"},
+      {padded, "vlan 100 vlan 200 800 [] ip 22+20/32 192.168.0.1 > "
+               "192.168.0.199 ttl 64 udp 42/12 1234 > 53 payload 4"},
+      {with(labelledIpv4, 51, 100),
+       "8847 " + twoLabels +
+           "22+24/40 10.0.0.1 > 127.0.0.1 ttl 1 alert "
+           "udp 46/100 49152 > 3503 payload 8",
+       false},
+      {longIp,
+       "8847 " + twoLabels +
+           "22+24/1000 10.0.0.1 > 127.0.0.1 ttl 1 alert "
+           "udp 46/16 49152 > 3503 payload 8",
+       false},
+  };
+  for (const auto &c : cases) {
+    const Parsed p(c.frame);
+    ASSERT_TRUE(p->valid()) << p->reason();
+    EXPECT_STREQ(p->reason(), "");
+    EXPECT_EQ(p->parsedUpTo(), Layer::udp);
+    EXPECT_EQ(layers(*p.parser), c.layers);
+    EXPECT_EQ(p->ethDst().stringValue(), "00:11:22:33:44:55");
+    EXPECT_EQ(p->ethSrc().stringValue(), "02:00:00:00:00:01");
+    EXPECT_EQ(p->udpPayloadOffset(), p->udpHdrOffset() + 8);
+    EXPECT_EQ(p->length(), c.frame.size());
+    if (!c.asSent) {
+      continue;
+    }
+    // The offsets found are the ones the checksums were computed over.
+    const U8 *udp = p->frame() + p->udpHdrOffset();
+    if (p->isIpv4()) {
+      EXPECT_TRUE(Wirx::ipv4HeaderChecksumOk(p->frame() + p->ipHdrOffset(),
+                                             p->ipHdrLength()));
+      EXPECT_EQ(Wirx::udpChecksumV4(p->srcIp().v4(), p->dstIp().v4(), udp,
+                                    p->udpLength()),
+                p->udpChecksum());
+    } else {
+      EXPECT_EQ(Wirx::udpChecksumV6(p->srcIp().v6(), p->dstIp().v6(), udp,
+                                    p->udpLength()),
+                p->udpChecksum());
+    }
+  }
 }
 
 TEST(EthPktParserTest, OwnsTheReceivedPacket) {

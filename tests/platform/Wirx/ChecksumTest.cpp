@@ -98,7 +98,7 @@ TEST(ChecksumTest, Ipv4HeaderChecksumIgnoresTheFieldAndVerifies) {
       0x498B);
 }
 
-TEST(ChecksumTest, UdpOverIpv4) {
+TEST(ChecksumTest, UdpOverEitherFamilyIncludesThePseudoHeader) {
   const std::vector<U8> udp =
       hexBytes("c000 0daf 0010 ffff dead beef 0000 0001");
   EXPECT_EQ(udpChecksumV4(IpAddr(0x0A000001), IpAddr(0x7F000001), udp.data(),
@@ -108,13 +108,10 @@ TEST(ChecksumTest, UdpOverIpv4) {
   EXPECT_EQ(udpChecksumV4(IpAddr(0xC0A80001), IpAddr(0xC0A800C7), odd.data(),
                           U32(odd.size())),
             0xB3EF);
-}
-
-TEST(ChecksumTest, UdpOverIpv6) {
-  const std::vector<U8> udp = hexBytes("0daf 0daf 000c 0000 0102 0304");
+  const std::vector<U8> udp6 = hexBytes("0daf 0daf 000c 0000 0102 0304");
   EXPECT_EQ(udpChecksumV6(Ip6Addr::fromString("2001:db8::1").value(),
                           Ip6Addr::fromString("2001:db8::2").value(),
-                          udp.data(), U32(udp.size())),
+                          udp6.data(), U32(udp6.size())),
             0x84FD);
 }
 
