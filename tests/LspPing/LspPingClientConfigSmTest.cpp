@@ -8,6 +8,7 @@
 
 #include "Kiv/VirtualTime.h"
 #include "LspPing/LspPingClientConfigSm.h"
+#include "LspPing/LspPingClientSmManager.h"
 #include "TestSupport.h"
 #include "Wirx/MemPam.h"
 
@@ -21,28 +22,9 @@ const IntfId eth2("Ethernet2");
 
 Wirx::EthAddr mac(const char *text) { return *Wirx::EthAddr::fromString(text); }
 
-// What the state-machine manager does for every client, and before the
-// configuration state machine hears of it: a status and a transmit state
-// machine per configuration, gone with it.
-struct TxSmMaker : Orv::Reactor {
-  TxSmMaker(Orv::Ptr<LspPingClientConfigColl> configs,
-            Orv::Ptr<LspPingClientStatusColl> statuses,
-            Orv::Ptr<LspPingClientSmColl> sms,
-            Orv::Ptr<Kiv::TimerWheel> wheel) {
-    watch(*configs, LspPingClientConfigColl::pingClientConfigAttr, [=](U32 id) {
-      if (auto config = configs->pingClientConfig(id)) {
-        sms->pingClientTxSmIs(id, config, statuses->pingClientStatusIs(id),
-                              wheel);
-      } else {
-        sms->pingClientTxSmDel(id);
-        statuses->pingClientStatusDel(id);
-      }
-    });
-  }
-};
-
-// The collections of the client side, with the configuration state machine
-// created last, as the client root does.
+// The collections of the client side and the manager that gives each client
+// its transmit state machine, with the configuration state machine created
+// last, as the client root does.
 struct Agent {
   explicit Agent(bool startConfigSm = true) {
     if (startConfigSm) {
@@ -99,7 +81,9 @@ struct Agent {
   Orv::Ptr<LspPingClientSmColl> sms = lspPingClientSmCollFactory("lpcsmc");
   Orv::Ptr<Interface::EthDevPamCollection> pams =
       Orv::make<Interface::EthDevPamCollection>("edpc");
-  TxSmMaker maker{configs, statuses, sms, wheel};
+  Orv::Ptr<LspPingClientSmManager> manager = lspPingClientSmManagerFactory(
+      configs, statuses, sms, lspPingClientRxMsgPipeCollFactory("lpcrpc"),
+      wheel);
   Orv::Ptr<LspPingClientConfigSm> configSm;
 };
 

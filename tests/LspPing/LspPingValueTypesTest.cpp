@@ -177,19 +177,5 @@ TEST(LspPingValueText, EveryTypeReadsBackWhatItPrints) {
   expectRoundTrip(LspPingRequestInfo(LspPingReturnCode(99), 0));
 }
 
-TEST(LspPingValueText, RefusesAnotherTypesText) {
-  const std::string pwText = streamed(LspPingPwInfo());
-  EXPECT_FALSE(Orv::valueFromText<LspPingRequestInfo>(pwText));
-  EXPECT_FALSE(Orv::valueFromText<LspPingDownstreamLabelStack>(
-      "Value('LspPing::LspPingDownstreamLabelStack', ** {'labelEntry': "
-      "{0: 5}, 'size': 1})"));
-  EXPECT_FALSE(Orv::valueFromText<LspPingDownstreamLabelStack>(
-      "Value('LspPing::LspPingDownstreamLabelStack', ** {'size': 256})"));
-  EXPECT_FALSE(Orv::valueFromText<LspPingDownstreamMappingInfoSet>(
-      "Value('LspPing::LspPingDownstreamMappingInfoSet', ** "
-      "{'lspPingDownstreamMappingInfo': {256: "
-      "Value('LspPing::LspPingDownstreamMappingInfo', ** {})}})"));
-}
-
 } // namespace
 } // namespace LspPing
