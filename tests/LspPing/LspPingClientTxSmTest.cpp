@@ -93,22 +93,6 @@ TEST(LspPingClientTxSm, SendsTheCountAtTheIntervalAfterTheDelay) {
   }
 }
 
-TEST(LspPingClientTxSm, InfiniteCountRunsUntilDisabledAndResumesTheSequence) {
-  Client c;
-  c.config->txCountIs(-1);
-  c.config->pktDelayIs(0.25);
-  c.config->enabledIs(true);
-  c.time.runFor(10.5);
-  EXPECT_EQ(c.pam->frames().size(), 11u);
-  c.config->enabledIs(false);
-  EXPECT_EQ(c.txSm->lspPingTxTimerTimeMin(), Kiv::Timer::never);
-  c.time.runFor(100);
-  EXPECT_EQ(c.pam->frames().size(), 11u);
-  c.config->enabledIs(true);
-  c.time.runFor(0.25);
-  EXPECT_EQ(c.frame(11).pdu->lspPingHdr()->sequenceNumber(), 12u);
-}
-
 TEST(LspPingClientTxSm, DeletedMachineSendsNothing) {
   Client c;
   c.config->txCountIs(-1);

@@ -146,20 +146,4 @@ TEST_F(EthDevPamManagerTest, FailedOpenIsRetriedOnTheNextChange) {
   EXPECT_TRUE(pams->intfPam(et1));
 }
 
-TEST(EthDevPamManager, OpensInMemoryModulesByDefaultAndClosesThemWhenGone) {
-  auto desired = Orv::make<Interface::PamDesiredIntfDir>("pdid");
-  auto pams = Orv::make<EthDevPamCollection>("edpc");
-  auto devices = Orv::make<Interface::DeviceIntfStatusDir>("disd");
-  auto manager = Orv::make<Interface::EthDevPamManager>(desired, pams, devices);
-  manager->perIntfSocketIs(true);
-  manager->enabledIs(true);
-  devices->entryIs(et1, DeviceIntfStatusEntry{nullptr, "et1"});
-  desired->intfDesiredIs(et1, true);
-  auto *pam = dynamic_cast<Wirx::MemPam *>(pams->intfPam(et1).get());
-  ASSERT_NE(pam, nullptr);
-  EXPECT_EQ(pam->name().stringValue(), "et1");
-  manager = nullptr;
-  EXPECT_TRUE(pams->intfPam().empty());
-}
-
 } // namespace
