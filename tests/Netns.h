@@ -6,13 +6,17 @@
 // with its message; with LSPPING_REQUIRE_NETNS=1 in the environment (CI)
 // they fail instead.
 #include <fcntl.h>
+#include <poll.h>
 #include <sched.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -106,6 +110,106 @@ public:
 private:
   int home_;
   bool entered_ = false;
+};
+
+// A program running in a namespace, its standard output and error read
+// line by line through pipes. Killed, by its pid, if it still runs when
+// the test lets go of it.
+class NetnsProcess {
+public:
+  NetnsProcess(const Netns &netns, std::vector<std::string> args) {
+    int out[2], err[2];
+    if (::pipe2(out, O_CLOEXEC) != 0 || ::pipe2(err, O_CLOEXEC) != 0) {
+      return;
+    }
+    args.insert(args.begin(), {"ip", "netns", "exec", netns.name()});
+    std::vector<char *> argv;
+    for (std::string &arg : args) {
+      argv.push_back(arg.data());
+    }
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, out[1], 1);
+    posix_spawn_file_actions_adddup2(&actions, err[1], 2);
+    // `ip netns exec` execs the program: the pid is the program's.
+    if (posix_spawnp(&pid_, argv[0], &actions, nullptr, argv.data(), environ) !=
+        0) {
+      pid_ = -1;
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    ::close(out[1]);
+    ::close(err[1]);
+    fds_[0] = out[0];
+    fds_[1] = err[0];
+  }
+  NetnsProcess(const NetnsProcess &) = delete;
+  NetnsProcess &operator=(const NetnsProcess &) = delete;
+  ~NetnsProcess() {
+    if (pid_ > 0) {
+      ::kill(pid_, SIGKILL);
+      exitStatus();
+    }
+    for (const int fd : fds_) {
+      if (fd >= 0) {
+        ::close(fd);
+      }
+    }
+  }
+
+  bool started() const { return pid_ > 0; }
+  void signal(int signal) const { ::kill(pid_, signal); }
+
+  // The next line of standard output (0) or error (1), or none when the
+  // stream ends or `limit` seconds pass first.
+  std::optional<std::string> line(int stream, double limit = 5.0) {
+    std::string &buffered = buffered_[stream];
+    const auto end =
+        std::chrono::steady_clock::now() + std::chrono::duration<double>(limit);
+    for (;;) {
+      if (const auto at = buffered.find('\n'); at != std::string::npos) {
+        std::string line = buffered.substr(0, at);
+        buffered.erase(0, at + 1);
+        return line;
+      }
+      const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+          end - std::chrono::steady_clock::now());
+      pollfd pfd{fds_[stream], POLLIN, 0};
+      if (left.count() <= 0 || ::poll(&pfd, 1, int(left.count())) <= 0) {
+        return std::nullopt;
+      }
+      char chunk[4096];
+      const ssize_t n = ::read(fds_[stream], chunk, sizeof chunk);
+      if (n <= 0) {
+        return std::nullopt;
+      }
+      buffered.append(chunk, std::size_t(n));
+    }
+  }
+  // The next line of the stream holding `text`, skipping the others.
+  std::optional<std::string> lineWith(int stream, const std::string &text,
+                                      double limit = 5.0) {
+    while (auto next = line(stream, limit)) {
+      if (next->find(text) != std::string::npos) {
+        return next;
+      }
+    }
+    return std::nullopt;
+  }
+
+  // Waits for the program's end: its exit status, -1 when a signal ended it.
+  int exitStatus() {
+    int status = 0;
+    while (::waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
+    }
+    pid_ = -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+private:
+  pid_t pid_ = -1;
+  int fds_[2] = {-1, -1};
+  std::string buffered_[2];
 };
 
 // Why namespace tests cannot run here, or empty when they can.
