@@ -158,6 +158,7 @@ public:
   }
 
   bool started() const { return pid_ > 0; }
+  pid_t pid() const { return pid_; }
   void signal(int signal) const { ::kill(pid_, signal); }
 
   // The next line of standard output (0) or error (1), or none when the

@@ -8,11 +8,19 @@ namespace LspPingTool {
 
 ReplyTap::ReplyTap(Orv::Ptr<Wirx::LinuxUdpPam> socket)
     : UdpPam(socket->name(), socket->port()), socket_(std::move(socket)) {
+  replies_.reserve(Wirx::LinuxUdpPam::batchSize);
+  socket_->txDoneIs([this](int errnum) {
+    if (settled_ < replies_.size()) {
+      replies_[settled_++].failure = errnum == 0 ? "" : socket_->error();
+    }
+  });
   writableCountInc(1);
 }
 
+ReplyTap::~ReplyTap() { socket_->txDoneIs(nullptr); }
+
 void ReplyTap::txPktIs(const Orv::Ptr<Wirx::Pkt> &pkt) {
-  Reply reply;
+  Reply &reply = replies_.emplace_back();
   reply.to = txDstAddr();
   reply.toPort = txDstPort();
   // The responder writes the echo header first.
@@ -22,15 +30,15 @@ void ReplyTap::txPktIs(const Orv::Ptr<Wirx::Pkt> &pkt) {
     reply.returnCode = hdr.returnCode;
     reply.returnSubcode = hdr.returnSubcode;
   }
-  const Orv::U32 failuresBefore = socket_->txErrors() + socket_->txDrops();
   socket_->txSrcAddrIs(txSrcAddr());
   socket_->txDstAddrIs(txDstAddr());
   socket_->txDstPortIs(txDstPort());
   socket_->txPktIs(pkt);
-  if (socket_->txErrors() + socket_->txDrops() != failuresBefore) {
-    reply.failure = socket_->error();
-  }
-  reply_ = std::move(reply);
+}
+
+void ReplyTap::clear() {
+  replies_.clear();
+  settled_ = 0;
 }
 
 } // namespace LspPingTool

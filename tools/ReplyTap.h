@@ -1,7 +1,7 @@
 #pragma once
 
-#include <optional>
 #include <string>
+#include <vector>
 
 #include "Orv/Types.h"
 #include "Wirx/IpGenAddr.h"
@@ -11,8 +11,8 @@ namespace LspPingTool {
 
 // The UDP module the echo responder writes its replies to: hands each one,
 // with its addressing, to the socket's module, and keeps what the host
-// reports of it (return code, destination, whether the socket took it).
-// It receives nothing: the host reads the socket's module itself.
+// reports of it (return code, destination, and whether the socket took
+// it). It receives nothing: the host reads the socket's module itself.
 class ReplyTap : public Wirx::UdpPam {
 public:
   struct Reply {
@@ -25,19 +25,25 @@ public:
   };
 
   explicit ReplyTap(Orv::Ptr<Wirx::LinuxUdpPam> socket);
+  ~ReplyTap() override;
 
   void txPktIs(const Orv::Ptr<Wirx::Pkt> &pkt) override;
 
   const Orv::Ptr<Wirx::LinuxUdpPam> &socket() const { return socket_; }
-  // The reply written since the last clear(), if any.
-  const std::optional<Reply> &reply() const { return reply_; }
-  void clear() { reply_.reset(); }
+  // Holds the socket (see Wirx::LinuxUdpPam::txHoldIs): a reply's failure
+  // is known once the hold ends.
+  void holdIs(bool hold) { socket_->txHoldIs(hold); }
+  // The replies written since the last clear(), in order.
+  const std::vector<Reply> &replies() const { return replies_; }
+  void clear();
 
 private:
   void doGetRxPkt() override {}
 
   const Orv::Ptr<Wirx::LinuxUdpPam> socket_;
-  std::optional<Reply> reply_;
+  std::vector<Reply> replies_;
+  // The replies whose fate the socket told.
+  std::size_t settled_ = 0;
 };
 
 } // namespace LspPingTool

@@ -303,11 +303,18 @@ void ResponderDaemon::closeRaw(const Wirx::IntfId &intf) {
   rawPams_.erase(intf);
 }
 
+// The replies of a batch of frames leave together, with one system call
+// per socket.
 void ResponderDaemon::handleFrames(const Wirx::IntfId &intf,
                                    Wirx::LinuxRawPam &pam) {
+  tap4_->holdIs(true);
+  tap6_->holdIs(true);
   while (const Orv::Ptr<Wirx::Pkt> pkt = pam.rxPkt()) {
     handleFrame(intf.name(), pkt);
   }
+  tap4_->holdIs(false);
+  tap6_->holdIs(false);
+  settle();
 }
 
 void ResponderDaemon::handleFrame(const std::string &intf,
@@ -316,29 +323,29 @@ void ResponderDaemon::handleFrame(const std::string &intf,
   const MplsUtils::EthPktParser frame(pkt);
   if (!frame.valid()) {
     const std::string why = std::string("unparsed: ") + frame.reason();
-    drop(ResponderEvent::of(intf, frame), why, why);
+    drop(intf, frame, why, why);
     return;
   }
   if (frame.dstPort() != echoPort) {
-    drop(ResponderEvent::of(intf, frame), "not to UDP port 3503",
+    drop(intf, frame, "not to UDP port 3503",
          "not to UDP port 3503 but " + std::to_string(frame.dstPort()));
     return;
   }
   if (const std::string why = notForThisRouter(frame); !why.empty()) {
-    drop(ResponderEvent::of(intf, frame), "in transit", why);
+    drop(intf, frame, "in transit", why);
     return;
   }
   if (!bucket_.available(steadySeconds())) {
     counters_.rateLimitedInc();
-    if (options_.json || options_.verbose) {
+    if (reporting()) {
       ResponderEvent event = ResponderEvent::of(intf, frame);
       event.reason = event.counter = "rate limited";
-      report(event);
+      pending_.push_back({nullptr, 0, std::move(event)});
     }
     return;
   }
   ReplyTap &tap = frame.isIpv4() ? *tap4_ : *tap6_;
-  tap.clear();
+  const std::size_t replies = tap.replies().size();
   bool sent = false;
   std::string why;
   try {
@@ -352,33 +359,57 @@ void ResponderDaemon::handleFrame(const std::string &intf,
           capture.last().empty() ? "dropped without a reason" : capture.last();
     }
   } catch (const std::exception &e) {
-    drop(ResponderEvent::of(intf, frame), "responder failed",
+    drop(intf, frame, "responder failed",
          std::string("responder failed: ") + e.what());
     return;
   }
   if (!sent) {
-    drop(ResponderEvent::of(intf, frame), refusalCounter(why),
-         "refused: " + why);
+    drop(intf, frame, refusalCounter(why), "refused: " + why);
     return;
   }
   bucket_.take();
-  const auto &reply = tap.reply();
-  if (!reply || !reply->failure.empty()) {
-    drop(ResponderEvent::of(intf, frame), "reply not sent",
-         reply ? reply->failure : "reply not sent");
+  if (tap.replies().size() == replies) {
+    drop(intf, frame, "reply not sent", "reply not sent: none written");
     return;
   }
-  counters_.repliedInc(reply->returnCode);
-  if (options_.json || options_.verbose) {
-    ResponderEvent event = ResponderEvent::of(intf, frame);
-    event.replied = true;
-    event.fec = fecText(frame);
-    event.returnCode = reply->returnCode;
-    event.returnSubcode = reply->returnSubcode;
-    event.to = reply->to;
-    event.toPort = reply->toPort;
-    report(event);
+  Pending pending{&tap, replies, std::nullopt};
+  if (reporting()) {
+    pending.event = ResponderEvent::of(intf, frame);
+    pending.event->fec = fecText(frame);
   }
+  pending_.push_back(std::move(pending));
+}
+
+void ResponderDaemon::settle() {
+  for (Pending &pending : pending_) {
+    if (pending.tap) {
+      const ReplyTap::Reply &reply = pending.tap->replies()[pending.reply];
+      if (!reply.failure.empty()) {
+        counters_.droppedInc("reply not sent");
+      } else {
+        counters_.repliedInc(reply.returnCode);
+      }
+      if (pending.event) {
+        ResponderEvent &event = *pending.event;
+        event.replied = reply.failure.empty();
+        event.counter = event.replied ? "" : "reply not sent";
+        event.reason = reply.failure;
+        event.returnCode = reply.returnCode;
+        event.returnSubcode = reply.returnSubcode;
+        event.to = reply.to;
+        event.toPort = reply.toPort;
+      }
+    }
+    if (pending.event) {
+      report(*pending.event);
+    }
+  }
+  if (!pending_.empty() && reporting()) {
+    out_.flush();
+  }
+  pending_.clear();
+  tap4_->clear();
+  tap6_->clear();
 }
 
 std::string
@@ -431,16 +462,20 @@ bool ResponderDaemon::isLocal(const Wirx::IpGenAddr &addr) const {
   return false;
 }
 
-void ResponderDaemon::drop(ResponderEvent event, const std::string &counter,
+void ResponderDaemon::drop(const std::string &intf,
+                           const MplsUtils::EthPktParser &frame,
+                           const std::string &counter,
                            const std::string &reason) {
   counters_.droppedInc(counter);
-  if (options_.json || options_.verbose) {
+  if (reporting()) {
+    ResponderEvent event = ResponderEvent::of(intf, frame);
     event.counter = counter;
     event.reason = reason;
-    report(event);
+    pending_.push_back({nullptr, 0, std::move(event)});
   }
 }
 
+// Lines go out whole; settle() flushes them once per batch.
 void ResponderDaemon::report(const ResponderEvent &event) {
   if (options_.json) {
     out_ << event.json().dump(-1, ' ', false,
@@ -449,7 +484,6 @@ void ResponderDaemon::report(const ResponderEvent &event) {
   } else {
     out_ << event.text() << "\n";
   }
-  out_.flush();
 }
 
 void ResponderDaemon::collectModuleDrops(RawPam &raw) {
@@ -459,7 +493,7 @@ void ResponderDaemon::collectModuleDrops(RawPam &raw) {
   raw.kernelDrops += kernelDrops;
   counters_.receivedInc(oversized + kernelDrops);
   counters_.droppedInc("too large for a packet buffer", oversized);
-  counters_.droppedInc("socket buffer full", kernelDrops);
+  counters_.droppedInc("receive ring full", kernelDrops);
 }
 
 void ResponderDaemon::logCounters() {

@@ -64,6 +64,13 @@ public:
   void run();
 
 private:
+  // A frame's outcome, reported in frame order once the batch's replies
+  // have left: a reply (`tap` set) is only known to be sent then.
+  struct Pending {
+    ReplyTap *tap = nullptr;
+    std::size_t reply = 0;
+    std::optional<ResponderEvent> event;
+  };
   struct RawPam {
     Orv::Ptr<Wirx::LinuxRawPam> pam;
     // The module's own drop counts already added to the counters.
@@ -86,8 +93,11 @@ private:
   // Why a parsed request is not this router's to answer; empty when it is.
   std::string notForThisRouter(const MplsUtils::EthPktParser &frame) const;
   bool isLocal(const Wirx::IpGenAddr &addr) const;
-  void drop(ResponderEvent event, const std::string &counter,
-            const std::string &reason);
+  bool reporting() const { return options_.json || options_.verbose; }
+  void drop(const std::string &intf, const MplsUtils::EthPktParser &frame,
+            const std::string &counter, const std::string &reason);
+  // Counts and reports what the batch's frames came to.
+  void settle();
   void report(const ResponderEvent &event);
   // Adds what the raw modules dropped on their own since the last call.
   void collectModuleDrops(RawPam &raw);
@@ -114,6 +124,7 @@ private:
   Orv::Ptr<LspPing::LspPingReqHandler> handler_;
 
   std::map<Wirx::IntfId, RawPam> rawPams_;
+  std::vector<Pending> pending_;
   // Each interface as last logged, to log what changed.
   std::map<Wirx::IntfId, Interface::LinuxIntf> logged_;
   TokenBucket bucket_;

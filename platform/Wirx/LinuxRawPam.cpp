@@ -2,8 +2,11 @@
 
 #include <linux/filter.h>
 #include <linux/if_ether.h>
+#include <linux/if_packet.h>
 #include <net/if.h>
 #include <netinet/in.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
 
 #include <cerrno>
 #include <cstring>
@@ -112,9 +115,39 @@ bool setIntOption(int fd, int level, int name, int value) {
   return setsockopt(fd, level, name, &value, sizeof value) == 0;
 }
 
-// Room for bursts while the loop is busy elsewhere; forced past the
-// system's limit when the process may, else as large as the limit allows.
-constexpr int rxBufferBytes = 8 << 20;
+constexpr Orv::U32 ringBytes =
+    LinuxRawPam::ringSlots * LinuxRawPam::ringSlotBytes;
+// Blocks of 64 KiB: whole pages, whole slots, and few enough for the
+// kernel's table of them.
+constexpr Orv::U32 ringBlockBytes = 65536;
+
+tpacket2_hdr &slotAt(Orv::U8 *ring, Orv::U32 slot) {
+  return *reinterpret_cast<tpacket2_hdr *>(
+      ring + std::size_t(slot) * LinuxRawPam::ringSlotBytes);
+}
+
+// Copies the frame of a filled slot into a packet buffer, with a VLAN tag
+// the kernel took off put back in its place.
+Orv::Ptr<Pkt> frameOf(const tpacket2_hdr &slot) {
+  const auto *frame = reinterpret_cast<const Orv::U8 *>(&slot) + slot.tp_mac;
+  const bool tagged = (slot.tp_status & TP_STATUS_VLAN_VALID) != 0;
+  Orv::Ptr<Pkt> pkt = Pkt::make(LinuxRawPam::rxHeadroom);
+  if (slot.tp_snaplen > pkt->tailroom() - (tagged ? 4 : 0)) {
+    return nullptr;
+  }
+  if (!tagged || slot.tp_snaplen < 12) {
+    std::memcpy(pkt->append(slot.tp_snaplen), frame, slot.tp_snaplen);
+    return pkt;
+  }
+  Orv::U8 *out = pkt->append(slot.tp_snaplen + 4);
+  std::memcpy(out, frame, 12);
+  store16(out + 12, (slot.tp_status & TP_STATUS_VLAN_TPID_VALID)
+                        ? slot.tp_vlan_tpid
+                        : Orv::U16(ETH_P_8021Q));
+  store16(out + 14, slot.tp_vlan_tci);
+  std::memcpy(out + 16, frame + 12, slot.tp_snaplen - 12);
+  return pkt;
+}
 
 } // namespace
 
@@ -138,9 +171,13 @@ Orv::Ptr<LinuxRawPam> LinuxRawPam::open(Kiv::EventLoop &loop,
   auto program = filterProgram(udpPort);
   const sock_fprog fprog{Orv::U16(program.size()), program.data()};
   // The socket is bound to no protocol yet, so nothing arrives unfiltered.
+  tpacket_req ring{ringBlockBytes, ringBytes / ringBlockBytes,
+                   LinuxRawPam::ringSlotBytes, LinuxRawPam::ringSlots};
   if (setsockopt(fd.get(), SOL_SOCKET, SO_ATTACH_FILTER, &fprog,
                  sizeof fprog) != 0 ||
-      !setIntOption(fd.get(), SOL_PACKET, PACKET_AUXDATA, 1)) {
+      !setIntOption(fd.get(), SOL_PACKET, PACKET_VERSION, TPACKET_V2) ||
+      setsockopt(fd.get(), SOL_PACKET, PACKET_RX_RING, &ring, sizeof ring) !=
+          0) {
     error = device + ": cannot set up the raw socket: " + reasonOf(errno);
     return nullptr;
   }
@@ -148,9 +185,6 @@ Orv::Ptr<LinuxRawPam> LinuxRawPam::open(Kiv::EventLoop &loop,
   // first, and the queueing discipline is merely slower than the second.
   setIntOption(fd.get(), SOL_PACKET, PACKET_IGNORE_OUTGOING, 1);
   setIntOption(fd.get(), SOL_PACKET, PACKET_QDISC_BYPASS, 1);
-  if (!setIntOption(fd.get(), SOL_SOCKET, SO_RCVBUFFORCE, rxBufferBytes)) {
-    setIntOption(fd.get(), SOL_SOCKET, SO_RCVBUF, rxBufferBytes);
-  }
   sockaddr_ll addr{};
   addr.sll_family = AF_PACKET;
   addr.sll_protocol = netOrder16(ETH_P_ALL);
@@ -160,28 +194,34 @@ Orv::Ptr<LinuxRawPam> LinuxRawPam::open(Kiv::EventLoop &loop,
     error = device + ": cannot bind the raw socket: " + reasonOf(errno);
     return nullptr;
   }
+  void *mapped =
+      mmap(nullptr, ringBytes, PROT_READ | PROT_WRITE, MAP_SHARED, fd.get(), 0);
+  if (mapped == MAP_FAILED) {
+    error = device + ": cannot map the receive ring: " + reasonOf(errno);
+    return nullptr;
+  }
   try {
-    return Orv::make<LinuxRawPam>(loop, device, int(ifIndex), std::move(fd));
+    return Orv::make<LinuxRawPam>(loop, device, int(ifIndex), std::move(fd),
+                                  static_cast<Orv::U8 *>(mapped));
   } catch (const std::exception &e) {
+    munmap(mapped, ringBytes);
     error = device + ": " + e.what();
     return nullptr;
   }
 }
 
 LinuxRawPam::LinuxRawPam(Kiv::EventLoop &loop, const std::string &device,
-                         int ifIndex, LinuxFd fd)
+                         int ifIndex, LinuxFd fd, Orv::U8 *ring)
     : Pam(Orv::Name(device)), loop_(loop), device_(device), ifIndex_(ifIndex),
-      fd_(std::move(fd)) {
-  ready_.reserve(batchSize);
-  for (std::size_t i = 0; i < batchSize; ++i) {
-    msgs_[i].msg_hdr.msg_iov = &iovecs_[i];
-    msgs_[i].msg_hdr.msg_iovlen = 1;
-  }
+      fd_(std::move(fd)), ring_(ring) {
   loop_.fdReadableIs(fd_.get(), [this] { handleReadable(); });
   writableCountInc(1);
 }
 
-LinuxRawPam::~LinuxRawPam() { loop_.fdDel(fd_.get()); }
+LinuxRawPam::~LinuxRawPam() {
+  loop_.fdDel(fd_.get());
+  munmap(ring_, ringBytes);
+}
 
 void LinuxRawPam::txPktIs(const Orv::Ptr<Pkt> &pkt) {
   if (send(fd_.get(), pkt->data(), pkt->frontBytes(), MSG_DONTWAIT) >= 0) {
@@ -207,77 +247,43 @@ Orv::U64 LinuxRawPam::rxKernelDrops() {
 }
 
 void LinuxRawPam::handleReadable() {
-  mayReceive_ = true;
+  budget_ = batchSize;
   readableCountInc(1);
 }
 
 void LinuxRawPam::doGetRxPkt() {
-  if (readyNext_ == ready_.size() && mayReceive_) {
-    receiveBatch();
-  }
-  if (readyNext_ < ready_.size()) {
-    rxPktHolderIs(std::move(ready_[readyNext_++]));
-  }
-}
-
-void LinuxRawPam::receiveBatch() {
-  mayReceive_ = false;
-  ready_.clear();
-  readyNext_ = 0;
-  for (std::size_t i = 0; i < batchSize; ++i) {
-    Slot &slot = slots_[i];
-    if (!slot.pkt) {
-      slot.pkt = Pkt::make(rxHeadroom);
-    }
-    iovecs_[i] = iovec{slot.pkt->data(), slot.pkt->tailroom()};
-    msghdr &hdr = msgs_[i].msg_hdr;
-    hdr.msg_control = slot.control;
-    hdr.msg_controllen = sizeof slot.control;
-    hdr.msg_flags = 0;
-  }
-  const int count =
-      recvmmsg(fd_.get(), msgs_.data(), batchSize, MSG_DONTWAIT, nullptr);
-  if (count < 0) {
-    const int errnum = errno;
-    if (errnum != EAGAIN && errnum != EWOULDBLOCK && errnum != EINTR) {
-      rxErrorsInc();
-      errorIs("receive", errnum);
-    }
-    return;
-  }
-  for (int i = 0; i < count; ++i) {
-    const msghdr &hdr = msgs_[i].msg_hdr;
-    if (hdr.msg_flags & MSG_TRUNC) {
-      ++rxOversized_;
-      continue;
-    }
-    Orv::Ptr<Pkt> pkt = std::move(slots_[i].pkt);
-    pkt->append(msgs_[i].msg_len);
-    restoreVlanTag(*pkt, hdr);
-    ready_.push_back(std::move(pkt));
-  }
-}
-
-void LinuxRawPam::restoreVlanTag(Pkt &pkt, const msghdr &msg) {
-  for (const cmsghdr *cmsg = CMSG_FIRSTHDR(&msg); cmsg != nullptr;
-       cmsg = CMSG_NXTHDR(const_cast<msghdr *>(&msg),
-                          const_cast<cmsghdr *>(cmsg))) {
-    if (cmsg->cmsg_level != SOL_PACKET || cmsg->cmsg_type != PACKET_AUXDATA) {
-      continue;
-    }
-    tpacket_auxdata aux;
-    std::memcpy(&aux, CMSG_DATA(cmsg), sizeof aux);
-    if (!(aux.tp_status & TP_STATUS_VLAN_VALID) || pkt.frontBytes() < 12) {
+  while (budget_ > 0) {
+    tpacket2_hdr &slot = slotAt(ring_, next_);
+    // The kernel hands a slot over by its status, written last.
+    if (!(__atomic_load_n(&slot.tp_status, __ATOMIC_ACQUIRE) &
+          TP_STATUS_USER)) {
+      if (budget_ == batchSize) {
+        takeSocketError();
+      }
+      budget_ = 0;
       return;
     }
-    const Orv::U16 tpid = (aux.tp_status & TP_STATUS_VLAN_TPID_VALID)
-                              ? aux.tp_vlan_tpid
-                              : Orv::U16(ETH_P_8021Q);
-    Orv::U8 *frame = pkt.prepend(4);
-    std::memmove(frame, frame + 4, 12);
-    store16(frame + 12, tpid);
-    store16(frame + 14, aux.tp_vlan_tci);
-    return;
+    --budget_;
+    Orv::Ptr<Pkt> pkt = slot.tp_snaplen < slot.tp_len ? nullptr : frameOf(slot);
+    __atomic_store_n(&slot.tp_status, TP_STATUS_KERNEL, __ATOMIC_RELEASE);
+    next_ = (next_ + 1) % ringSlots;
+    if (pkt) {
+      rxPktHolderIs(std::move(pkt));
+      return;
+    }
+    ++rxOversized_;
+  }
+}
+
+// A socket that is ready with no frame has an error (its device went
+// away): reading it clears it, else the loop would report it for ever.
+void LinuxRawPam::takeSocketError() {
+  int errnum = 0;
+  socklen_t len = sizeof errnum;
+  if (getsockopt(fd_.get(), SOL_SOCKET, SO_ERROR, &errnum, &len) == 0 &&
+      errnum != 0) {
+    rxErrorsInc();
+    errorIs("receive", errnum);
   }
 }
 

@@ -1,11 +1,6 @@
 #pragma once
 
-#include <linux/if_packet.h>
-#include <sys/socket.h>
-
-#include <array>
 #include <string>
-#include <vector>
 
 #include "Kiv/EventLoop.h"
 #include "Orv/Types.h"
@@ -24,11 +19,13 @@ namespace Wirx {
 // A VLAN tag that the kernel took off into the packet's metadata is put
 // back, so a frame reads as it was on the wire.
 //
-// Readiness of the socket raises the readable count by one; readers then
-// take frames with rxPkt() until it returns null, which it does after at
-// most one batch (one system call for up to batchSize frames). When more
-// are waiting the loop reports the socket readable again, so one busy
-// device does not starve the loop's other descriptors.
+// The kernel writes received frames into a ring shared with this process
+// (PACKET_RX_RING), so that taking one costs no system call: only its copy
+// into a packet buffer. Readiness of the socket raises the readable count
+// by one; readers then take frames with rxPkt() until it returns null,
+// which it does after at most batchSize frames. When more are waiting the
+// loop reports the socket readable again, so one busy device does not
+// starve the loop's other descriptors.
 //
 // Nothing here throws or aborts on a system call's failure: open() returns
 // null with a one-line message naming the device and the reason; a failed
@@ -39,6 +36,10 @@ public:
   static constexpr Orv::U32 batchSize = 32;
   // Room before a received frame for a VLAN tag put back.
   static constexpr Orv::U32 rxHeadroom = 64;
+  // The ring: its slots, each a header and a frame of up to about 1980
+  // bytes (longer ones count as oversized), 4 MiB in all.
+  static constexpr Orv::U32 ringSlotBytes = 2048;
+  static constexpr Orv::U32 ringSlots = 2048;
 
   // Opens a module on the device named `device`; the loop must outlive
   // it. Null, with `error` set, when the socket cannot be set up.
@@ -46,8 +47,9 @@ public:
                                     const std::string &device, Orv::U16 udpPort,
                                     std::string &error);
 
+  // Takes over the socket and its mapped ring.
   LinuxRawPam(Kiv::EventLoop &loop, const std::string &device, int ifIndex,
-              LinuxFd fd);
+              LinuxFd fd, Orv::U8 *ring);
   ~LinuxRawPam() override;
 
   // Sends the frame; a full device queue counts a transmit drop, any other
@@ -65,30 +67,21 @@ public:
   Orv::U64 rxKernelDrops();
 
 private:
-  struct Slot {
-    Orv::Ptr<Pkt> pkt;
-    alignas(cmsghdr) Orv::U8 control[CMSG_SPACE(sizeof(tpacket_auxdata))];
-  };
-
   void doGetRxPkt() override;
   void handleReadable();
-  void receiveBatch();
+  void takeSocketError();
   void errorIs(const std::string &what, int errnum);
-  static void restoreVlanTag(Pkt &pkt, const msghdr &msg);
 
   Kiv::EventLoop &loop_;
   const std::string device_;
   const int ifIndex_;
   LinuxFd fd_;
   std::string error_;
-  // Set by readiness, cleared by the batch received after it.
-  bool mayReceive_ = false;
-  std::array<Slot, batchSize> slots_;
-  std::array<iovec, batchSize> iovecs_{};
-  std::array<mmsghdr, batchSize> msgs_{};
-  // Frames of the last batch not yet handed out, from `readyNext_`.
-  std::vector<Orv::Ptr<Pkt>> ready_;
-  std::size_t readyNext_ = 0;
+  Orv::U8 *const ring_;
+  // The slot the kernel fills after the last one taken.
+  Orv::U32 next_ = 0;
+  // Frames that may still be taken since the last readiness.
+  Orv::U32 budget_ = 0;
   Orv::U64 rxOversized_ = 0;
   Orv::U64 rxKernelDrops_ = 0;
 };

@@ -136,50 +136,95 @@ void LinuxUdpPam::txPktIs(const Orv::Ptr<Pkt> &pkt) {
     errnum = EAFNOSUPPORT;
   }
   if (errnum != 0) {
+    // What waits goes first, so that fates are told in order.
+    txFlush();
     txErrorIs(errnum);
     errorIs("send to " + txDstAddr().stringValue(), errnum);
-    return;
-  }
-  sockaddr_in6 dst;
-  iovec iov{pkt->data(), pkt->frontBytes()};
-  msghdr msg{};
-  msg.msg_name = &dst;
-  msg.msg_namelen = sockaddrOf(txDstAddr(), txDstPort(), dst);
-  msg.msg_iov = &iov;
-  msg.msg_iovlen = 1;
-  alignas(cmsghdr) Orv::U8 control[CMSG_SPACE(sizeof(in6_pktinfo))] = {};
-  if (!isWildcard(txSrcAddr())) {
-    msg.msg_control = control;
-    cmsghdr *cmsg = reinterpret_cast<cmsghdr *>(control);
-    if (family_ == AddrFamily::ipv4) {
-      in_pktinfo info{};
-      txSrcAddr().v4().toNbo(reinterpret_cast<Orv::U8 *>(&info.ipi_spec_dst));
-      cmsg->cmsg_level = IPPROTO_IP;
-      cmsg->cmsg_type = IP_PKTINFO;
-      cmsg->cmsg_len = CMSG_LEN(sizeof info);
-      std::memcpy(CMSG_DATA(cmsg), &info, sizeof info);
-      msg.msg_controllen = CMSG_SPACE(sizeof info);
-    } else {
-      in6_pktinfo info{};
-      txSrcAddr().v6().toNbo(info.ipi6_addr.s6_addr);
-      cmsg->cmsg_level = IPPROTO_IPV6;
-      cmsg->cmsg_type = IPV6_PKTINFO;
-      cmsg->cmsg_len = CMSG_LEN(sizeof info);
-      std::memcpy(CMSG_DATA(cmsg), &info, sizeof info);
-      msg.msg_controllen = CMSG_SPACE(sizeof info);
+    if (txDone_) {
+      txDone_(errnum);
     }
-  }
-  if (sendmsg(fd_.get(), &msg, MSG_DONTWAIT) >= 0) {
     return;
   }
-  errnum = errno;
+  enqueue(pkt);
+  if (!txHold_ || txQueued_ == batchSize) {
+    txFlush();
+  }
+}
+
+void LinuxUdpPam::txHoldIs(bool hold) {
+  txHold_ = hold;
+  if (!hold) {
+    txFlush();
+  }
+}
+
+void LinuxUdpPam::enqueue(const Orv::Ptr<Pkt> &pkt) {
+  Queued &queued = txQueue_[txQueued_];
+  msghdr &msg = txMsgs_[txQueued_].msg_hdr;
+  ++txQueued_;
+  queued.pkt = pkt;
+  queued.iov = iovec{pkt->data(), pkt->frontBytes()};
+  msg = msghdr{};
+  msg.msg_name = &queued.dst;
+  msg.msg_namelen = sockaddrOf(txDstAddr(), txDstPort(), queued.dst);
+  msg.msg_iov = &queued.iov;
+  msg.msg_iovlen = 1;
+  if (isWildcard(txSrcAddr())) {
+    return;
+  }
+  std::memset(queued.control, 0, sizeof queued.control);
+  msg.msg_control = queued.control;
+  cmsghdr *cmsg = reinterpret_cast<cmsghdr *>(queued.control);
+  if (family_ == AddrFamily::ipv4) {
+    in_pktinfo info{};
+    txSrcAddr().v4().toNbo(reinterpret_cast<Orv::U8 *>(&info.ipi_spec_dst));
+    cmsg->cmsg_level = IPPROTO_IP;
+    cmsg->cmsg_type = IP_PKTINFO;
+    cmsg->cmsg_len = CMSG_LEN(sizeof info);
+    std::memcpy(CMSG_DATA(cmsg), &info, sizeof info);
+    msg.msg_controllen = CMSG_SPACE(sizeof info);
+  } else {
+    in6_pktinfo info{};
+    txSrcAddr().v6().toNbo(info.ipi6_addr.s6_addr);
+    cmsg->cmsg_level = IPPROTO_IPV6;
+    cmsg->cmsg_type = IPV6_PKTINFO;
+    cmsg->cmsg_len = CMSG_LEN(sizeof info);
+    std::memcpy(CMSG_DATA(cmsg), &info, sizeof info);
+    msg.msg_controllen = CMSG_SPACE(sizeof info);
+  }
+}
+
+// sendmmsg stops at the first payload that fails, which the next call
+// then reports: each is told in turn.
+void LinuxUdpPam::txFlush() {
+  for (Orv::U32 next = 0; next < txQueued_;) {
+    const int sent =
+        sendmmsg(fd_.get(), &txMsgs_[next], txQueued_ - next, MSG_DONTWAIT);
+    const int errnum = sent < 0 ? errno : 0;
+    const Orv::U32 settled = sent > 0 ? Orv::U32(sent) : 1;
+    if (sent < 0) {
+      txFailed(txQueue_[next], errnum);
+    }
+    for (Orv::U32 i = next; i < next + settled; ++i) {
+      txQueue_[i].pkt = nullptr;
+      if (txDone_) {
+        txDone_(errnum);
+      }
+    }
+    next += settled;
+  }
+  txQueued_ = 0;
+}
+
+void LinuxUdpPam::txFailed(const Queued &queued, int errnum) {
   if (errnum == EAGAIN || errnum == EWOULDBLOCK || errnum == ENOBUFS) {
     txDropsInc();
   } else {
     txErrorIs(errnum);
   }
-  errorIs("send to " + txDstAddr().stringValue() + " port " +
-              std::to_string(txDstPort()),
+  Orv::U16 port = 0;
+  const IpGenAddr to = addrOf(queued.dst, port);
+  errorIs("send to " + to.stringValue() + " port " + std::to_string(port),
           errnum);
 }
 

@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include <array>
+#include <functional>
 #include <string>
 
 #include "Kiv/EventLoop.h"
@@ -24,6 +25,12 @@ namespace Wirx {
 // take payloads with rxPkt() until it returns null, which it does after at
 // most one batch (one system call for up to batchSize datagrams).
 //
+// Sending is one system call per payload, unless the host holds the module
+// (txHoldIs): payloads then wait, up to batchSize, and leave together with
+// one system call when the hold ends or the queue is full. Either way the
+// fate of each payload is told to the handler set with txDoneIs, in the
+// order they were sent.
+//
 // Nothing here throws or aborts on a system call's failure: open() returns
 // null with a one-line message naming the port and the reason; a failed
 // send or receive is counted (Pam's counters) and described in error().
@@ -42,9 +49,17 @@ public:
               LinuxFd fd);
   ~LinuxUdpPam() override;
 
-  // Sends the payload with the addressing in force. A full socket buffer
-  // counts a transmit drop, any other failure a transmit error.
+  // Told of each payload sent, once it left (0) or failed (its errno).
+  using TxDone = std::function<void(int errnum)>;
+
+  // Sends the payload with the addressing in force, or queues it while
+  // held. A full socket buffer counts a transmit drop, any other failure a
+  // transmit error.
   void txPktIs(const Orv::Ptr<Pkt> &pkt) override;
+  bool txHold() const { return txHold_; }
+  // Ending a hold sends what waits.
+  void txHoldIs(bool hold);
+  void txDoneIs(TxDone done) { txDone_ = std::move(done); }
 
   AddrFamily family() const { return family_; }
   // The last failure, "udp4 port 3503: WHAT: REASON"; empty until one.
@@ -58,6 +73,12 @@ private:
     sockaddr_in6 src;
     alignas(cmsghdr) Orv::U8 control[CMSG_SPACE(sizeof(in6_pktinfo))];
   };
+  struct Queued {
+    Orv::Ptr<Pkt> pkt;
+    sockaddr_in6 dst;
+    iovec iov;
+    alignas(cmsghdr) Orv::U8 control[CMSG_SPACE(sizeof(in6_pktinfo))];
+  };
   struct Received {
     Orv::Ptr<Pkt> pkt;
     IpGenAddr srcAddr;
@@ -68,6 +89,10 @@ private:
   void doGetRxPkt() override;
   void handleReadable();
   void receiveBatch();
+  // Fills the next queue entry for `pkt` with the addressing in force.
+  void enqueue(const Orv::Ptr<Pkt> &pkt);
+  void txFlush();
+  void txFailed(const Queued &queued, int errnum);
   void errorIs(const std::string &what, int errnum);
 
   Kiv::EventLoop &loop_;
@@ -83,6 +108,11 @@ private:
   std::size_t readyCount_ = 0;
   std::size_t readyNext_ = 0;
   Orv::U64 rxOversized_ = 0;
+  bool txHold_ = false;
+  TxDone txDone_;
+  std::array<Queued, batchSize> txQueue_;
+  std::array<mmsghdr, batchSize> txMsgs_{};
+  Orv::U32 txQueued_ = 0;
 };
 
 } // namespace Wirx

@@ -190,9 +190,14 @@ TEST_F(LinuxRawPamTest, FailuresAreOneLineNamingTheDevice) {
   EXPECT_FALSE(Wirx::LinuxRawPam::open(loop_, "nosuchdev0", 3503, error));
   EXPECT_EQ(error, "nosuchdev0: no such interface");
 
-  // A device going away takes the socket's binding with it: sending then
-  // fails, counted and told, and nothing throws.
+  // A device going away takes the socket's binding with it: the socket
+  // tells, and sending fails, counted and told; nothing throws.
   ASSERT_TRUE(a_->ip({"link", "del", devA_}));
+  EXPECT_TRUE(LspPingTest::runUntil(loop_, [&] {
+    EXPECT_FALSE(pamA_->rxPkt());
+    return pamA_->rxErrors() == 1;
+  }));
+  EXPECT_EQ(pamA_->error(), devA_ + ": receive: Network is down");
   send(eth(0x8847, mpls(100, {})));
   EXPECT_EQ(pamA_->txErrors(), 1u);
   EXPECT_EQ(pamA_->error().rfind(devA_ + ": send: ", 0), 0u) << pamA_->error();

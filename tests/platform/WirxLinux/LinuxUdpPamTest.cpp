@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "Kiv/EventLoop.h"
 #include "Netns.h"
@@ -66,6 +67,38 @@ TEST(LinuxUdpPam, SendsFromTheChosenSourceAndReadsBothEnds) {
     EXPECT_FALSE(rx->rxPkt());
     EXPECT_TRUE(!rx->rxSrcAddr()) << "unset after an empty read";
   }
+}
+
+TEST(LinuxUdpPam, HeldPayloadsLeaveTogetherEachToldInOrder) {
+  Kiv::EventLoop loop;
+  const auto tx = open(loop, AddrFamily::ipv4);
+  const auto rx = open(loop, AddrFamily::ipv4);
+  ASSERT_TRUE(tx && rx);
+  std::vector<int> done;
+  tx->txDoneIs([&](int errnum) { done.push_back(errnum); });
+  tx->txDstAddrIs(addr("127.0.0.1"));
+  tx->txDstPortIs(rx->port());
+  tx->txHoldIs(true);
+  for (const char *source : {"127.0.0.1", "192.0.2.1", "127.0.0.2"}) {
+    tx->txSrcAddrIs(addr(source));
+    tx->txPktIs(payload(source));
+  }
+  EXPECT_TRUE(done.empty()) << "nothing leaves while held";
+  tx->txHoldIs(false);
+  // A source that is no address of the host fails alone.
+  ASSERT_EQ(done.size(), 3u);
+  EXPECT_EQ(done[0], 0);
+  EXPECT_NE(done[1], 0);
+  EXPECT_EQ(done[2], 0);
+  std::vector<std::string> got;
+  EXPECT_TRUE(LspPingTest::runUntil(loop, [&] {
+    while (const auto pkt = rx->rxPkt()) {
+      got.emplace_back(pkt->data(), pkt->data() + pkt->frontBytes());
+    }
+    return got.size() == 2;
+  }));
+  EXPECT_EQ(got, (std::vector<std::string>{"127.0.0.1", "127.0.0.2"}));
+  EXPECT_EQ(tx->txErrors(), 1u);
 }
 
 TEST(LinuxUdpPam, FailuresAreCountedAndToldInOneLine) {
