@@ -322,9 +322,14 @@ int run(const Options &o) {
               now.received);
   std::printf("replies:              %lu in %.2f s: %.0f per second\n",
               now.replied, seconds, double(now.replied) / seconds);
-  std::printf("responder CPU:        %.2f s, %.2f us per frame counted\n",
-              cpuEnd - cpuStart,
-              (cpuEnd - cpuStart) * 1e6 / double(now.received));
+  const double cpu = cpuEnd - cpuStart;
+  std::printf("responder CPU:        %.2f s, %.2f us per frame counted, "
+              "%.2f us per reply\n",
+              cpu, cpu * 1e6 / double(now.received),
+              cpu * 1e6 / double(now.replied));
+  std::printf("replies per CPU second: %.0f (the responder's user and system "
+              "time, as on a core of its own)\n",
+              double(now.replied) / cpu);
   std::printf("responder RSS:        %ld KiB at start, %ld KiB at end\n",
               rssStart, rssEnd);
   std::printf("final %s\nexit status %d\n",
