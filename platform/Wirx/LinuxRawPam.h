@@ -62,8 +62,8 @@ public:
   const std::string &error() const { return error_; }
   // Frames longer than a packet buffer holds, dropped on arrival.
   Orv::U64 rxOversized() const { return rxOversized_; }
-  // Frames the filter passed that the kernel dropped because the socket's
-  // buffer was full, up to now.
+  // Frames the filter passed that the kernel dropped because the ring was
+  // full, up to now.
   Orv::U64 rxKernelDrops();
 
 private:
