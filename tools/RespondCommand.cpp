@@ -10,7 +10,6 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "LspPing/LspPingConstant.h"
@@ -18,13 +17,13 @@
 #include "LspPing/LspPingReqHandler.h"
 #include "LspPing/LspPingReturnCode.h"
 #include "MplsUtils/EthPktParser.h"
-#include "Orv/Trace.h"
 #include "Wirx/MemUdpPam.h"
 #include "Wirx/Pkt.h"
 #include "tools/ExitStatus.h"
 #include "tools/Pcap.h"
 #include "tools/ReplyFrame.h"
 #include "tools/StateFile.h"
+#include "tools/TraceCapture.h"
 
 namespace LspPingTool {
 
@@ -33,39 +32,6 @@ namespace {
 using Orv::U16;
 using Orv::U32;
 using Orv::U8;
-
-constexpr std::string_view responderTrace = "LspPing/LspPingReqHandler";
-// The responder traces each function it enters at this level: that says
-// nothing about why a request was dropped.
-constexpr int functionEntryLevel = 8;
-
-// Collects what the responder traces while it is alive, one request at a
-// time: its last words on a dropped request say why.
-class TraceCapture : public Orv::TraceSink {
-public:
-  TraceCapture() {
-    Orv::traceSinkIs(this);
-    Orv::traceLevelIs(responderTrace, 9);
-  }
-  ~TraceCapture() override {
-    Orv::traceLevelIs(responderTrace, -1);
-    Orv::traceSinkIs(nullptr);
-  }
-  TraceCapture(const TraceCapture &) = delete;
-  TraceCapture &operator=(const TraceCapture &) = delete;
-
-  void write(std::string_view source, int level,
-             std::string_view text) override {
-    if (source == responderTrace && level != functionEntryLevel) {
-      last_ = text;
-    }
-  }
-  void clear() { last_.clear(); }
-  const std::string &last() const { return last_; }
-
-private:
-  std::string last_;
-};
 
 // What became of one frame.
 struct Outcome {

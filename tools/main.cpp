@@ -10,6 +10,7 @@
 #include "tools/DemoCommand.h"
 #include "tools/ExitStatus.h"
 #include "tools/RespondCommand.h"
+#include "tools/ResponderCommand.h"
 #include "tools/StandardOutput.h"
 
 namespace {
@@ -34,8 +35,8 @@ std::string unknownSubcommand(const CLI::App &app, int argc, char **argv) {
 int main(int argc, char **argv) {
   LspPingTool::checkStandardOutput();
   CLI::App app{"Decodes and crafts MPLS LSP echo requests and replies, "
-               "answers requests as a router would, and pings through an "
-               "in-process network."};
+               "answers requests as a router would, from a capture or on this "
+               "host's interfaces, and pings through an in-process network."};
   app.set_version_flag("--version", "lspping " LSPPING_VERSION);
   app.footer("Exit status: 0 all went well, 1 the data said no (a frame that "
              "is no valid echo message, a request left unanswered), 2 a "
@@ -50,6 +51,7 @@ int main(int argc, char **argv) {
   LspPingTool::addDecodeCommand(app, status);
   LspPingTool::addCraftCommand(app, status);
   LspPingTool::addRespondCommand(app, status);
+  LspPingTool::addResponderCommand(app, status);
   LspPingTool::addDemoCommand(app, status);
   try {
     app.parse(argc, argv);

@@ -58,6 +58,11 @@ void TraceSource::write(int level, const std::string &text) const {
 
 void traceLevelIs(std::string_view pattern, int level) {
   TraceRegistry &reg = registry();
+  // A pattern given again replaces its rule, so that a host that turns a
+  // source on and off for ever keeps one rule, not one per turn. Later
+  // rules still win over earlier ones for the sources both match.
+  std::erase_if(reg.rules,
+                [&](const auto &rule) { return rule.first == pattern; });
   reg.rules.emplace_back(pattern, level);
   for (TraceSource *source : reg.sources) {
     if (matches(pattern, source->name())) {

@@ -22,7 +22,8 @@ namespace Wirx {
 //
 // Receiving: the readable count goes up as datagrams arrive; rxPkt() takes
 // the next payload, and rxSrcAddr() and rxSrcPort() then tell where it came
-// from, until the next rxPkt(). After an rxPkt() that found nothing they
+// from, and rxDstAddr() the local address it was sent to where the module
+// knows it, until the next rxPkt(). After an rxPkt() that found nothing they
 // read unset.
 class UdpPam : public Pam {
 public:
@@ -41,12 +42,16 @@ public:
 
   const IpGenAddr &rxSrcAddr() const { return rxSrcAddr_; }
   Orv::U16 rxSrcPort() const { return rxSrcPort_; }
+  const IpGenAddr &rxDstAddr() const { return rxDstAddr_; }
 
 protected:
-  // For doGetRxPkt(): where the payload it hands over came from.
-  void rxSrcIs(const IpGenAddr &addr, Orv::U16 port) {
+  // For doGetRxPkt(): where the payload it hands over came from, and the
+  // local address it went to (unset where the module cannot tell).
+  void rxSrcIs(const IpGenAddr &addr, Orv::U16 port,
+               const IpGenAddr &dstAddr = IpGenAddr()) {
     rxSrcAddr_ = addr;
     rxSrcPort_ = port;
+    rxDstAddr_ = dstAddr;
   }
   // 0 when the current addressing can be sent to, else the errno a socket
   // gives for it.
@@ -59,6 +64,7 @@ private:
   Orv::U16 txDstPort_ = 0;
   IpGenAddr rxSrcAddr_;
   Orv::U16 rxSrcPort_ = 0;
+  IpGenAddr rxDstAddr_;
 };
 
 } // namespace Wirx

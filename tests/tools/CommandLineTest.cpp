@@ -98,8 +98,8 @@ TEST_F(CommandLine, ExitStatusAndMessage) {
   const std::string requests = "--in %E/requests.pcap ";
   const Case cases[] = {
       {"bogus", 2,
-       "lspping: unknown subcommand 'bogus': expected decode, craft, respond "
-       "or demo (see --help)\n"},
+       "lspping: unknown subcommand 'bogus': expected decode, craft, respond, "
+       "responder or demo (see --help)\n"},
       {"", 2, "lspping: A subcommand is required (see --help)\n"},
       {"decode", 2, "lspping: FILE is required (see --help)\n"},
       {"--help", 0, ""},
@@ -168,6 +168,18 @@ TEST_F(CommandLine, ExitStatusAndMessage) {
        "lspping: %D/missing.json: No such file or directory\n"},
       {"respond --state %D/dir " + requests + "--out %D/out.pcap", 2,
        "lspping: %D/dir: Is a directory\n"},
+
+      {"responder", 2, "lspping: --state is required (see --help)\n"},
+      {"responder --state %D/missing.json", 2,
+       "lspping responder: %D/missing.json: No such file or directory\n"},
+      {"responder --state %E/egress.json --rate -1", 2,
+       "lspping: --rate: -1 is not a rate of 0 to 1e9 a second (see "
+       "--help)\n"},
+      {"responder --state %E/egress.json --reply-source ::1 --reply-source "
+       "::2",
+       2,
+       "lspping responder: --reply-source ::2: a second address of its "
+       "family\n"},
   };
   const std::set<std::string> fixtures = files();
   for (const Case &c : cases) {
@@ -195,6 +207,9 @@ TEST_F(CommandLine, HelpDocumentsEveryOption) {
                  "--ds-map",   "--ds-intf",     "--ds-mtu",
                  "--ds-label", "--ds-multipath"}},
       {"respond", {"--state", "--in", "--out", "--json"}},
+      {"responder",
+       {"--state", "-I,--interface", "--rate", "--burst", "--reply-source",
+        "--json", "-v,--verbose", "Examples"}},
   };
   for (const auto &[subcommand, options] : helps) {
     const auto run = runLspping(subcommand + " --help");

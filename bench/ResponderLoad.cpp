@@ -1,0 +1,364 @@
+// `lspping responder` under load: a million frames, sent as fast as one
+// AF_PACKET socket with sendmmsg can, over a veth into one responder, in
+// two namespaces this program creates (names unique to the run) and tears
+// down. It reports what the responder counted (every frame accounted for),
+// replies per second, the responder's CPU time per frame and its memory
+// at start and end.
+//
+//   ResponderLoad [--frames N] [--mix valid|mixed] [--lspping PATH]
+//
+// Needs root. The frames are requests written by `lspping craft`, and
+// deterministic mutations of them: malformed echo headers, wrong ports,
+// transit TTLs, frames cut short. Some of those (unlabelled UDP to another
+// port, frames cut before the UDP ports) never pass the raw socket's
+// filter: the responder does not see them, and they are counted apart.
+#include <linux/if_packet.h>
+#include <net/ethernet.h>
+#include <net/if.h>
+#include <netinet/in.h>
+#include <sched.h>
+#include <sys/socket.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "MplsUtils/EthPktParser.h"
+#include "Netns.h"
+#include "Wirx/Nbo.h"
+#include "tools/Pcap.h"
+
+namespace {
+
+using Bytes = std::vector<Orv::U8>;
+using Clock = std::chrono::steady_clock;
+
+const std::string senderMac = "02:00:00:00:0e:01";
+const std::string responderMac = "02:00:00:00:0f:01";
+
+struct Template {
+  std::string what;
+  Bytes frame;
+  // Whether the raw socket's filter lets it through to the responder.
+  bool passes = true;
+};
+
+struct Options {
+  unsigned long frames = 1000000;
+  bool mixed = false;
+  std::string lspping = LSPPING_PROGRAM;
+};
+
+std::string stateFile(const std::string &intf) {
+  return R"({
+  "bindings": { "ldp": [
+    { "fec": "10.0.0.9/32", "labels": [ { "label": 3 } ] },
+    { "fec": "10.0.0.8/32", "labels": [ { "label": 1000 } ] } ] },
+  "lfib": {
+    "routes": [ { "label": 1000, "viaSet": 1, "source": "ldp" } ],
+    "viaSets": [ { "key": 1, "type": "mpls", "vias": [ 10 ] } ],
+    "vias": [ { "key": 10, "interface": ")" +
+         intf + R"(", "nexthop": "10.0.0.1",
+                "action": "swap", "labels": [ 2000 ] } ] },
+  "hardware": [ { "label": 1000, "state": "programmed" } ]
+})";
+}
+
+Bytes crafted(const Options &o, const std::string &dir,
+              const std::string &args) {
+  const std::string file = dir + "/t.pcap";
+  const std::string command = o.lspping + " craft --src 10.0.0.1 --src-mac " +
+                              senderMac + " --dst-mac " + responderMac + " " +
+                              args + " " + file;
+  if (std::system(command.c_str()) != 0) {
+    throw std::runtime_error("failed: " + command);
+  }
+  LspPingTool::PcapReader reader(file);
+  std::span<const std::uint8_t> frame;
+  if (!reader.next(frame)) {
+    throw std::runtime_error(reader.error());
+  }
+  return {frame.begin(), frame.end()};
+}
+
+// The offset of the echo header and of the UDP header in `frame`.
+std::pair<std::size_t, std::size_t> offsets(const Bytes &frame) {
+  const MplsUtils::EthPktParser parser(frame.data(), Orv::U32(frame.size()));
+  return {parser.udpPayloadOffset(), parser.udpHdrOffset()};
+}
+
+Bytes mutated(Bytes frame, std::size_t at, Orv::U8 value) {
+  frame[at] = value;
+  return frame;
+}
+
+std::vector<Template> templates(const Options &o, const std::string &dir) {
+  const Bytes egress = crafted(o, dir, "--fec ldp=10.0.0.9/32");
+  const Bytes transit = crafted(o, dir,
+                                "--fec ldp=10.0.0.8/32 --label 1000/ttl=1 "
+                                "--ds-map 10.0.0.2 --ds-label 1000");
+  std::vector<Template> all = {
+      {"egress, repRouterEgress", egress},
+      {"TTL 1 with a downstream mapping, labelSwitchedAtStackDep", transit},
+      {"TTL 1, labelMappingMismatch",
+       crafted(o, dir, "--fec ldp=10.0.0.9/32 --label 1000/ttl=1")},
+      {"egress, noMappingForFec", crafted(o, dir, "--fec ldp=10.0.0.7/32")},
+  };
+  if (!o.mixed) {
+    return all;
+  }
+  const auto [echo, udp] = offsets(egress);
+  const auto [transitEcho, transitUdp] = offsets(transit);
+  const std::vector<Template> more = {
+      {"echo version 2", mutated(egress, echo + 1, 2)},
+      {"an echo reply sent to 3503", mutated(transit, transitEcho + 4, 2)},
+      {"reply mode: no reply", mutated(egress, echo + 5, 1)},
+      {"TLV length beyond the frame", mutated(egress, echo + 34, 0xff)},
+      {"labelled, to another UDP port", mutated(transit, transitUdp + 3, 7)},
+      {"unlabelled, to another UDP port", mutated(egress, udp + 3, 7), false},
+      {"labelled, MPLS TTL 9", mutated(transit, 17, 9)},
+      {"cut in the echo header", Bytes(egress.begin(), egress.begin() + 50)},
+      {"labelled, cut in half",
+       Bytes(transit.begin(), transit.begin() + transit.size() / 2)},
+      {"cut before the UDP ports", Bytes(egress.begin(), egress.begin() + 30),
+       false},
+  };
+  all.insert(all.end(), more.begin(), more.end());
+  return all;
+}
+
+void pinTo(int cpu) {
+  cpu_set_t set;
+  CPU_ZERO(&set);
+  CPU_SET(cpu, &set);
+  sched_setaffinity(0, sizeof set, &set);
+}
+
+// Sends `count` frames cycling through `templates`, in batches.
+void sendFrames(int fd, const std::vector<Template> &templates,
+                unsigned long count) {
+  constexpr unsigned batch = 64;
+  std::vector<iovec> iovs(batch);
+  std::vector<mmsghdr> msgs(batch);
+  unsigned long sent = 0;
+  while (sent < count) {
+    const unsigned n = unsigned(std::min<unsigned long>(batch, count - sent));
+    for (unsigned i = 0; i < n; ++i) {
+      const Bytes &frame = templates[(sent + i) % templates.size()].frame;
+      iovs[i] = {const_cast<Orv::U8 *>(frame.data()), frame.size()};
+      msgs[i] = {};
+      msgs[i].msg_hdr.msg_iov = &iovs[i];
+      msgs[i].msg_hdr.msg_iovlen = 1;
+    }
+    const int done = sendmmsg(fd, msgs.data(), n, 0);
+    if (done < 0) {
+      if (errno == ENOBUFS || errno == EAGAIN) {
+        continue;
+      }
+      throw std::runtime_error(std::string("sendmmsg: ") +
+                               std::strerror(errno));
+    }
+    sent += unsigned(done);
+  }
+}
+
+struct Counters {
+  unsigned long received = 0;
+  unsigned long replied = 0;
+  std::string line;
+};
+
+Counters counters(LspPingTest::NetnsProcess &responder) {
+  responder.signal(SIGUSR1);
+  Counters c;
+  if (const auto line = responder.lineWith(1, "counters:")) {
+    std::smatch m;
+    if (std::regex_search(*line, m,
+                          std::regex("received ([0-9]+), replied ([0-9]+)"))) {
+      c.received = std::stoul(m[1]);
+      c.replied = std::stoul(m[2]);
+    }
+    c.line = *line;
+  }
+  return c;
+}
+
+// Resident memory in KiB and CPU seconds (user + system) of a process.
+std::pair<long, double> usage(pid_t pid) {
+  long rss = 0;
+  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmRSS:", 0) == 0) {
+      rss = std::stol(line.substr(6));
+    }
+  }
+  std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+  std::string text((std::istreambuf_iterator<char>(stat)), {});
+  std::istringstream fields(text.substr(text.rfind(')') + 2));
+  std::string field;
+  unsigned long utime = 0, stime = 0;
+  for (int i = 3; i <= 15 && fields >> field; ++i) {
+    if (i == 14) {
+      utime = std::stoul(field);
+    } else if (i == 15) {
+      stime = std::stoul(field);
+    }
+  }
+  return {rss, double(utime + stime) / double(sysconf(_SC_CLK_TCK))};
+}
+
+int run(const Options &o) {
+  const std::string why = LspPingTest::netnsUnavailable();
+  if (!why.empty()) {
+    std::cerr << "ResponderLoad: " << why << "\n";
+    return 2;
+  }
+  const LspPingTest::Netns sender, router;
+  const std::string sendIntf = LspPingTest::uniqueName("ls");
+  const std::string recvIntf = LspPingTest::uniqueName("lr");
+  const std::string dir = "/tmp/ResponderLoad." + std::to_string(getpid());
+  std::filesystem::create_directories(dir);
+  struct Cleanup {
+    std::string dir;
+    ~Cleanup() { std::filesystem::remove_all(dir); }
+  } cleanup{dir};
+  const bool linked =
+      sender.ip({"link", "add", sendIntf, "address", senderMac, "type", "veth",
+                 "peer", "name", recvIntf, "address", responderMac, "netns",
+                 router.name()}) &&
+      sender.ip({"addr", "add", "10.0.0.1/24", "dev", sendIntf}) &&
+      router.ip({"addr", "add", "10.0.0.2/24", "dev", recvIntf}) &&
+      sender.ip({"link", "set", sendIntf, "up"}) &&
+      router.ip({"link", "set", recvIntf, "up"});
+  if (!linked) {
+    std::cerr << "ResponderLoad: cannot set up the namespaces\n";
+    return 2;
+  }
+  std::ofstream(dir + "/router.json") << stateFile(recvIntf);
+  const std::vector<Template> frames = templates(o, dir);
+
+  // The responder on one CPU, the sender on the other.
+  LspPingTest::NetnsProcess responder(
+      router, {"taskset", "-c", "1", o.lspping, "responder", "--state",
+               dir + "/router.json", "--rate", "0"});
+  if (!responder.lineWith(1, "answering on")) {
+    std::cerr << "ResponderLoad: the responder did not start\n";
+    return 2;
+  }
+  pinTo(0);
+  int fd;
+  // Replies land on a socket that is never read: without one, the sender's
+  // kernel would answer each with an ICMP error, work the veth charges to
+  // the responder's core.
+  int sink;
+  {
+    const LspPingTest::NetnsScope in(sender);
+    sink = socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in local{};
+    local.sin_family = AF_INET;
+    local.sin_port = Wirx::netOrder16(49152);
+    bind(sink, reinterpret_cast<sockaddr *>(&local), sizeof local);
+    fd = socket(AF_PACKET, SOCK_RAW, 0);
+    int one = 1;
+    setsockopt(fd, SOL_PACKET, PACKET_QDISC_BYPASS, &one, sizeof one);
+    sockaddr_ll addr{};
+    addr.sll_family = AF_PACKET;
+    addr.sll_ifindex = int(if_nametoindex(sendIntf.c_str()));
+    if (bind(fd, reinterpret_cast<sockaddr *>(&addr), sizeof addr) != 0) {
+      std::cerr << "ResponderLoad: cannot bind the sender\n";
+      return 2;
+    }
+  }
+  unsigned long expected = 0;
+  for (unsigned long i = 0; i < o.frames; ++i) {
+    expected += frames[i % frames.size()].passes ? 1 : 0;
+  }
+  const pid_t pid = responder.pid();
+  const auto [rssStart, cpuStart] = usage(pid);
+  const auto start = Clock::now();
+  sendFrames(fd, frames, o.frames);
+  const double sendSeconds =
+      std::chrono::duration<double>(Clock::now() - start).count();
+  // Done when every frame that passes the filter is counted, or when the
+  // count stands still for a second (which would be a fault).
+  Counters now;
+  auto settled = Clock::now();
+  for (unsigned long last = ~0ul; now.received < expected;) {
+    now = counters(responder);
+    if (now.received != last) {
+      last = now.received;
+      settled = Clock::now();
+    } else if (Clock::now() - settled > std::chrono::seconds(1)) {
+      break;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+  const double seconds = std::chrono::duration<double>(settled - start).count();
+  const auto [rssEnd, cpuEnd] = usage(pid);
+  responder.signal(SIGTERM);
+  const auto final = responder.lineWith(1, "counters:");
+  const int status = responder.exitStatus();
+  close(fd);
+  close(sink);
+
+  std::printf("frames sent:          %lu in %.2f s (%.0f per second), %zu "
+              "kinds:\n",
+              o.frames, sendSeconds, double(o.frames) / sendSeconds,
+              frames.size());
+  for (const Template &t : frames) {
+    std::printf("  %s%s\n", t.what.c_str(),
+                t.passes ? "" : " (stopped by the socket filter)");
+  }
+  std::printf("through the filter:   %lu expected, %lu counted\n", expected,
+              now.received);
+  std::printf("replies:              %lu in %.2f s: %.0f per second\n",
+              now.replied, seconds, double(now.replied) / seconds);
+  const double cpu = cpuEnd - cpuStart;
+  std::printf("responder CPU:        %.2f s, %.2f us per frame counted, "
+              "%.2f us per reply\n",
+              cpu, cpu * 1e6 / double(now.received),
+              cpu * 1e6 / double(now.replied));
+  std::printf("replies per CPU second: %.0f (the responder's user and system "
+              "time, as on a core of its own)\n",
+              double(now.replied) / cpu);
+  std::printf("responder RSS:        %ld KiB at start, %ld KiB at end\n",
+              rssStart, rssEnd);
+  std::printf("final %s\nexit status %d\n",
+              final ? final->c_str() : "counters missing", status);
+  return now.received == expected && status == 0 ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+  Options o;
+  for (int i = 1; i + 1 < argc; i += 2) {
+    const std::string flag = argv[i];
+    if (flag == "--frames") {
+      o.frames = std::stoul(argv[i + 1]);
+    } else if (flag == "--mix") {
+      o.mixed = std::string(argv[i + 1]) == "mixed";
+    } else if (flag == "--lspping") {
+      o.lspping = argv[i + 1];
+    } else {
+      std::cerr << "usage: ResponderLoad [--frames N] [--mix valid|mixed] "
+                   "[--lspping PATH]\n";
+      return 2;
+    }
+  }
+  try {
+    return run(o);
+  } catch (const std::exception &e) {
+    std::cerr << "ResponderLoad: " << e.what() << "\n";
+    return 2;
+  }
+}

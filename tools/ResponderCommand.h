@@ -1,0 +1,13 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace LspPingTool {
+
+// Adds `responder --state FILE [-I IF]... [--rate N] [--burst N] [--json]
+// [-v] [--reply-source ADDR]...`, the daemon that answers echo requests on
+// this Linux host's interfaces (ResponderDaemon). When it ends it sets
+// `status` to the program's exit status.
+void addResponderCommand(CLI::App &app, int &status);
+
+} // namespace LspPingTool
