@@ -1,0 +1,140 @@
+"""What the lab tests share: bringing a lab up and down around a test
+module, crafting requests, sending them from a router and reading the
+replies.
+
+The lab needs root, network namespaces and Open vSwitch; without them a
+test module skips with the reason, unless LSPPING_REQUIRE_LAB=1 (set by
+continuous integration) makes that a failure."""
+
+import json
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+SOURCE = Path(os.environ.get("LSPPING_SOURCE_DIR", Path(__file__).resolve().parents[2]))
+LAB = SOURCE / "lab" / "lab"
+TOPOLOGIES = SOURCE / "lab" / "topologies"
+LSPPING = os.environ.get("LSPPING", str(SOURCE / "build" / "tools" / "lspping"))
+REQUIRED = os.environ.get("LSPPING_REQUIRE_LAB") == "1"
+
+sys.path.insert(0, str(SOURCE / "lab"))
+from labkit import frames, runs  # noqa: E402
+
+# The field names of the responder's --json events, in one place.
+EVENT = "event"
+EVENT_REPLY = "reply"
+EVENT_DROP = "drop"
+DROP_REASON = "reason"
+
+
+def missing(responder):
+    """Why the lab cannot run here, or None."""
+    if os.geteuid() != 0:
+        return "the lab needs root"
+    if subprocess.run(["ip", "netns", "list"], capture_output=True).returncode != 0:
+        return "ip netns is unavailable"
+    for program in ("ovs-vswitchd", "ovsdb-server", "ethtool"):
+        if shutil.which(program) is None:
+            return f"{program} is not installed (openvswitch-switch, ethtool)"
+    if not os.access(LSPPING, os.X_OK):
+        return f"no lspping program at {LSPPING}"
+    if responder and "\n  responder " not in subprocess.run([LSPPING, "--help"], capture_output=True, text=True).stdout:
+        return f"{LSPPING} has no responder subcommand"
+    return None
+
+
+def require_lab(responder=True):
+    """Skips the test (fails it under LSPPING_REQUIRE_LAB=1) when the lab,
+    or the lspping responder it starts, cannot run here."""
+    reason = missing(responder)
+    if reason is None:
+        return
+    if REQUIRED:
+        raise AssertionError(f"LSPPING_REQUIRE_LAB=1 but {reason}")
+    raise unittest.SkipTest(reason)
+
+
+def run_lab(*arguments, check=True):
+    done = subprocess.run([str(LAB), *arguments], capture_output=True, text=True)
+    if check and done.returncode != 0:
+        raise AssertionError(f"lab/lab {' '.join(arguments)}: status {done.returncode}: {done.stderr.strip()}")
+    return done
+
+
+def lspping(*arguments):
+    done = subprocess.run([LSPPING, *arguments], capture_output=True, text=True)
+    if done.returncode not in (0, 1):
+        raise AssertionError(f"lspping {' '.join(arguments)}: {done.stderr.strip()}")
+    return done.stdout
+
+
+class Lab:
+    """One run of the lab, under a name no other run of these tests has."""
+
+    def __init__(self, topology, purpose):
+        self.topology = TOPOLOGIES / topology
+        self.name = f"{purpose}-{os.getpid()}"
+        self.dir = runs.RUNS / self.name
+        self.work = Path(tempfile.mkdtemp(prefix=f"lspping-{self.name}-"))
+
+    def up(self, *options):
+        """Brings the lab up; tears it down at the module's end, even when
+        bringing it up fails half-way."""
+        unittest.addModuleCleanup(self.down)
+        run_lab("up", str(self.topology), "--name", self.name, "--lspping", LSPPING, *options)
+        return self
+
+    def down(self):
+        run_lab("down", "--name", self.name)
+        shutil.rmtree(self.work, ignore_errors=True)
+
+    def craft(self, name, *options):
+        path = self.work / f"{name}.pcap"
+        lspping("craft", *options, str(path))
+        return path
+
+    def send(self, router, interface, requests, replies=None, timeout=2.0):
+        """Sends the requests' frames; returns the replies, each the reply's
+        source address and its `lspping decode --json` object."""
+        out = self.work / "replies.pcap"
+        out.unlink(missing_ok=True)
+        options = ["--out", str(out), "--timeout", str(timeout)]
+        if replies is not None:
+            options += ["--replies", str(replies)]
+        run_lab("send", self.name, router, interface, *map(str, requests), *options, check=False)
+        if not out.exists():
+            return []
+        sources = [frames.udp_source(frame)[1] for frame in frames.read_pcap(out)]
+        decoded = [json.loads(line) for line in lspping("decode", "--json", str(out)).splitlines()]
+        return [Reply(source, d) for source, d in zip(sources, decoded)]
+
+    def events(self, router, kind):
+        """The responder's --json events of one kind, so far."""
+        path = self.dir / f"{router}.out"
+        lines = path.read_text().splitlines() if path.exists() else []
+        return [e for e in map(json.loads, lines) if e.get(EVENT) == kind]
+
+    def state(self, router):
+        return json.loads((self.topology.parent / self.topology.stem / f"{router}.json").read_text())
+
+
+class Reply:
+    def __init__(self, source, decoded):
+        self.source = source
+        self.header = decoded["header"]
+        self.tlvs = decoded["tlvs"]
+
+    @property
+    def sequence(self):
+        return self.header["sequenceNumber"]
+
+    @property
+    def code(self):
+        return self.header["returnCode"], self.header["returnSubcode"]
+
+    def downstream_mappings(self):
+        return [t["decoded"] for t in self.tlvs if t["typeName"] == "DownstreamMapping"]
