@@ -43,7 +43,8 @@ class Switch:
             files = [f"--{kind}={self.dir / daemon}.{suffix}"
                      for kind, suffix in (("pidfile", "pid"), ("log-file", "log"), ("unixctl", "ctl"))]
             command = [daemon, *arguments[daemon], *files, "-vconsole:off", "--detach", "--no-chdir"]
-            self.command(in_namespace(self.run.switch_namespace(), command), daemon)
+            self.command(in_namespace(self.run.switch_namespace(), command),
+                         f"{daemon} (log {self.dir / daemon}.log)")
             self.run.remember("ovs", daemon, pid_from_file(self.dir / f"{daemon}.pid"))
             if daemon == "ovsdb-server":
                 self.command(["ovs-vsctl", f"--db={self.db}", "--no-wait", "init"], "ovs-vsctl init")

@@ -98,6 +98,21 @@ class LifecycleTest(unittest.TestCase):
         labtest.run_lab("down", "--name", self.lab.name)
         self.assertEqual(leftovers(run_id, self.lab.dir), [])
 
+    def test_down_after_up_was_killed_half_way(self):
+        up = subprocess.Popen(
+            [str(labtest.LAB), "up", str(self.lab.topology), "--name", self.lab.name, "--no-responders"],
+            stdout=subprocess.DEVNULL,
+            stderr=subprocess.DEVNULL,
+        )
+        record = self.lab.dir / "run.json"
+        started = labtest.runs.wait_until(lambda: record.exists() and json.loads(record.read_text())["namespaces"], 10)
+        up.kill()
+        up.wait()
+        self.assertTrue(started)
+        run_id = self.run_id()
+        labtest.run_lab("down", "--name", self.lab.name)
+        self.assertEqual(leftovers(run_id, self.lab.dir), [])
+
     def test_a_failed_up_says_what_failed_and_leaves_nothing(self):
         done = labtest.run_lab("up", str(self.lab.topology), "--name", self.lab.name, "--lspping", "/bin/false", check=False)
         self.assertEqual(done.returncode, 2)
