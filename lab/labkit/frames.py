@@ -176,4 +176,5 @@ def describe_reply(source, payload):
     code, subcode = payload[6], payload[7]
     sequence = struct.unpack_from("!I", payload, 12)[0]
     name = RETURN_CODES.get(code, "return code")
-    return f"from {source[0]} port {source[1]}: sequence {sequence}, {name} ({code}), subcode {subcode}"
+    answer = f"sequence {sequence}, {name} ({code}), subcode {subcode}"
+    return f"from {source[0]} port {source[1]}: {answer}"

@@ -101,7 +101,8 @@ class Run:
     def names():
         if not RUNS.is_dir():
             return []
-        return sorted(p.parent.name for p in RUNS.glob("*/run.json") if RUN_NAME.match(p.parent.name))
+        names = (path.parent.name for path in RUNS.glob("*/run.json"))
+        return sorted(name for name in names if RUN_NAME.match(name))
 
     def exists(self):
         return self.record_path.exists()
@@ -121,8 +122,9 @@ class Run:
         """Makes the run's directory and record, with an id no other
         recorded run has."""
         taken = {Run(name).load().id for name in Run.names()}
-        free = (i for i in (f"{random.randrange(0x10000):04x}" for _ in range(1000)) if i not in taken)
-        run_id = next(free)
+        run_id = f"{random.randrange(0x10000):04x}"
+        while run_id in taken:
+            run_id = f"{random.randrange(0x10000):04x}"
         self.dir.mkdir(parents=True)
         for part in ("state", "ovs"):
             (self.dir / part).mkdir()

@@ -40,14 +40,16 @@ class Switch:
             "ovs-vswitchd": [self.db],
         }
         for daemon in DAEMONS:
-            files = [f"--{kind}={self.dir / daemon}.{suffix}"
-                     for kind, suffix in (("pidfile", "pid"), ("log-file", "log"), ("unixctl", "ctl"))]
-            command = [daemon, *arguments[daemon], *files, "-vconsole:off", "--detach", "--no-chdir"]
+            files = self.dir / daemon
+            command = [daemon, *arguments[daemon], f"--pidfile={files}.pid",
+                       f"--log-file={files}.log", f"--unixctl={files}.ctl",
+                       "-vconsole:off", "--detach", "--no-chdir"]
             self.command(in_namespace(self.run.switch_namespace(), command),
-                         f"{daemon} (log {self.dir / daemon}.log)")
-            self.run.remember("ovs", daemon, pid_from_file(self.dir / f"{daemon}.pid"))
+                         f"{daemon} (log {files}.log)")
+            self.run.remember("ovs", daemon, pid_from_file(Path(f"{files}.pid")))
             if daemon == "ovsdb-server":
-                self.command(["ovs-vsctl", f"--db={self.db}", "--no-wait", "init"], "ovs-vsctl init")
+                self.command(["ovs-vsctl", f"--db={self.db}", "--no-wait", "init"],
+                             "ovs-vsctl init")
 
     def stop(self):
         """Removes the bridges while the switch runs, then stops both

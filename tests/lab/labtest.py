@@ -26,23 +26,21 @@ from labkit import frames, runs  # noqa: E402
 
 # The field names of the responder's --json events, in one place.
 EVENT = "event"
-EVENT_REPLY = "reply"
 EVENT_DROP = "drop"
-DROP_REASON = "reason"
 
 
 def missing(responder):
     """Why the lab cannot run here, or None."""
     if os.geteuid() != 0:
         return "the lab needs root"
+    for program in ("ip", "ovs-vswitchd", "ovsdb-server", "ethtool"):
+        if shutil.which(program) is None:
+            return f"{program} is not installed (iproute2, openvswitch-switch, ethtool)"
     if subprocess.run(["ip", "netns", "list"], capture_output=True).returncode != 0:
         return "ip netns is unavailable"
-    for program in ("ovs-vswitchd", "ovsdb-server", "ethtool"):
-        if shutil.which(program) is None:
-            return f"{program} is not installed (openvswitch-switch, ethtool)"
     if not os.access(LSPPING, os.X_OK):
         return f"no lspping program at {LSPPING}"
-    if responder and "\n  responder " not in subprocess.run([LSPPING, "--help"], capture_output=True, text=True).stdout:
+    if responder and "\n  responder " not in run_lspping("--help"):
         return f"{LSPPING} has no responder subcommand"
     return None
 
@@ -61,11 +59,12 @@ def require_lab(responder=True):
 def run_lab(*arguments, check=True):
     done = subprocess.run([str(LAB), *arguments], capture_output=True, text=True)
     if check and done.returncode != 0:
-        raise AssertionError(f"lab/lab {' '.join(arguments)}: status {done.returncode}: {done.stderr.strip()}")
+        command = " ".join(arguments)
+        raise AssertionError(f"lab/lab {command}: status {done.returncode}: {done.stderr.strip()}")
     return done
 
 
-def lspping(*arguments):
+def run_lspping(*arguments):
     done = subprocess.run([LSPPING, *arguments], capture_output=True, text=True)
     if done.returncode not in (0, 1):
         raise AssertionError(f"lspping {' '.join(arguments)}: {done.stderr.strip()}")
@@ -94,7 +93,7 @@ class Lab:
 
     def craft(self, name, *options):
         path = self.work / f"{name}.pcap"
-        lspping("craft", *options, str(path))
+        run_lspping("craft", *options, str(path))
         return path
 
     def send(self, router, interface, requests, replies=None, timeout=2.0):
@@ -109,7 +108,7 @@ class Lab:
         if not out.exists():
             return []
         sources = [frames.udp_source(frame)[1] for frame in frames.read_pcap(out)]
-        decoded = [json.loads(line) for line in lspping("decode", "--json", str(out)).splitlines()]
+        decoded = map(json.loads, run_lspping("decode", "--json", str(out)).splitlines())
         return [Reply(source, d) for source, d in zip(sources, decoded)]
 
     def events(self, router, kind):
@@ -119,7 +118,9 @@ class Lab:
         return [e for e in map(json.loads, lines) if e.get(EVENT) == kind]
 
     def state(self, router):
-        return json.loads((self.topology.parent / self.topology.stem / f"{router}.json").read_text())
+        """The router's state file as the topology gives it."""
+        path = self.topology.parent / self.topology.stem / f"{router}.json"
+        return json.loads(path.read_text())
 
 
 class Reply:

@@ -56,7 +56,8 @@ class AnswersTest(unittest.TestCase):
                 self.assertEqual(reply.code, (code, 1))
 
     def test_a_transit_maps_the_downstream_it_switches_to(self):
-        mapped = request("mapped", "1004/ttl=1", "ldp=10.255.0.4/32", "--ds-map", "10.0.12.2", "--ds-label", "1004")
+        mapping = ("--ds-map", "10.0.12.2", "--ds-label", "1004")
+        mapped = request("mapped", "1004/ttl=1", "ldp=10.255.0.4/32", *mapping)
         [reply] = LINE.send("pe1", "e1", [mapped])
         [mapping] = reply.downstream_mappings()
         self.assertEqual(mapping["dsIpAddr"], "10.0.23.3")

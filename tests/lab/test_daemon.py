@@ -56,7 +56,8 @@ class RateLimitTest(unittest.TestCase):
     RATE, BURST, REQUESTS = 2, 3, 30
 
     def test_a_burst_gets_the_burst_and_what_the_rate_adds(self):
-        labtest.run_lab("restart", LINE.name, "p2", "--", "--rate", str(self.RATE), "--burst", str(self.BURST))
+        limit = ("--rate", str(self.RATE), "--burst", str(self.BURST))
+        labtest.run_lab("restart", LINE.name, "p2", "--", *limit)
         burst = LINE.craft("burst", *TO_P2, "--count", str(self.REQUESTS))
         dropped_before = len(LINE.events("p2", labtest.EVENT_DROP))
         start = time.monotonic()
@@ -68,8 +69,9 @@ class RateLimitTest(unittest.TestCase):
         self.assertGreaterEqual(len(replies), self.BURST)
         self.assertLessEqual(len(replies), most)
         self.assertTrue(all(r.header["returnCode"] == SWITCHED for r in replies))
+        unanswered = self.REQUESTS - len(replies)
         dropped = labtest.runs.wait_until(
-            lambda: len(LINE.events("p2", labtest.EVENT_DROP)) - dropped_before >= self.REQUESTS - len(replies), 5.0
+            lambda: len(LINE.events("p2", labtest.EVENT_DROP)) - dropped_before >= unanswered, 5.0
         )
         self.assertTrue(dropped, "every request left unanswered is reported as a drop")
 

@@ -21,17 +21,23 @@ router a 10.255.0.1 state a.json
 router b 10.255.0.2 state b.json
 """
 
+LINK = "link a:e1 10.0.0.1/24 -- b:e1 10.0.0.2/24\n"
+
 # (what, topology after ROUTERS, line, message)
 MISTAKES = [
     ("unknown statement", "switch a\n", 3, "unknown statement 'switch'"),
-    ("link to itself", "link a:e1 10.0.0.1/24 -- a:e2 10.0.0.2/24\n", 3, "a link joins two routers"),
-    ("subnets apart", "link a:e1 10.0.0.1/24 -- b:e1 10.0.1.2/24\n", 3, "not in one subnet"),
-    ("unlinked interface", "lsp x ldp=10.9.9.9/32\n  hop a in 100 pop out e1\n", 4, "router a has no interface 'e1'"),
-    ("hop before its lsp", "link a:e1 10.0.0.1/24 -- b:e1 10.0.0.2/24\nhop a in 100 pop out e1\n", 4, "write the lsp line first"),
+    ("link to itself", LINK.replace("b:e1", "a:e2"), 3, "a link joins two routers"),
+    ("subnets apart", LINK.replace("10.0.0.2", "10.0.1.2"), 3, "not in one subnet"),
+    (
+        "unlinked interface",
+        "lsp x ldp=10.9.9.9/32\n  hop a in 100 pop out e1\n",
+        4,
+        "router a has no interface 'e1'",
+    ),
+    ("hop before its lsp", LINK + "hop a in 100 pop out e1\n", 4, "write the lsp line first"),
     (
         "a label twice without a split",
-        "link a:e1 10.0.0.1/24 -- b:e1 10.0.0.2/24\nlsp x ldp=10.9.9.9/32\n"
-        "  hop a in 100 pop out e1\n  hop a in 100 swap 200 out e1\n",
+        LINK + "lsp x ldp=10.9.9.9/32\n  hop a in 100 pop out e1\n  hop a in 100 swap 200 out e1\n",
         6,
         "each needs a dst to split the LSP",
     ),
@@ -54,9 +60,10 @@ class TopologyMistakesTest(unittest.TestCase):
 
 def leftovers(run_id, run_dir):
     """What of a run still exists: namespaces, processes, its directory."""
-    found = [n for n in labtest.runs.namespaces() if n == f"lab-{run_id}" or n.startswith(f"lab-{run_id}-")]
-    for pid in filter(str.isdigit, os.listdir("/proc")):
-        if labtest.runs.process_ours(int(pid), str(run_dir)) and labtest.runs.process_alive(int(pid)):
+    runs = labtest.runs
+    found = [n for n in runs.namespaces() if n == f"lab-{run_id}" or n.startswith(f"lab-{run_id}-")]
+    for pid in map(int, filter(str.isdigit, os.listdir("/proc"))):
+        if runs.process_ours(pid, str(run_dir)) and runs.process_alive(pid):
             found.append(f"process {pid}")
     if run_dir.exists():
         found.append(str(run_dir))
@@ -67,7 +74,11 @@ def orphan_namespaces():
     """Lab namespaces of no recorded run."""
     ids = {json.loads(p.read_text())["id"] for p in labtest.runs.RUNS.glob("*/run.json")}
     pattern = re.compile(r"lab-([0-9a-f]{4})(-|$)")
-    return [n for n in labtest.runs.namespaces() if pattern.match(n) and pattern.match(n)[1] not in ids]
+    return [
+        name
+        for name in labtest.runs.namespaces()
+        if pattern.match(name) and pattern.match(name)[1] not in ids
+    ]
 
 
 class LifecycleTest(unittest.TestCase):
@@ -84,7 +95,8 @@ class LifecycleTest(unittest.TestCase):
     def test_down_removes_everything_up_made_and_can_be_repeated(self):
         self.lab.up("--no-responders")
         run_id = self.run_id()
-        self.assertEqual(len(leftovers(run_id, self.lab.dir)), 5 + 2 + 1)  # namespaces, OVS, directory
+        # 5 namespaces, 2 daemons of the switch, the run's directory.
+        self.assertEqual(len(leftovers(run_id, self.lab.dir)), 5 + 2 + 1)
         labtest.run_lab("down", "--name", self.lab.name)
         self.assertEqual(leftovers(run_id, self.lab.dir), [])
         labtest.run_lab("down", "--name", self.lab.name)
@@ -100,12 +112,16 @@ class LifecycleTest(unittest.TestCase):
 
     def test_down_after_up_was_killed_half_way(self):
         up = subprocess.Popen(
-            [str(labtest.LAB), "up", str(self.lab.topology), "--name", self.lab.name, "--no-responders"],
+            [labtest.LAB, "up", self.lab.topology, "--name", self.lab.name, "--no-responders"],
             stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL,
         )
         record = self.lab.dir / "run.json"
-        started = labtest.runs.wait_until(lambda: record.exists() and json.loads(record.read_text())["namespaces"], 10)
+
+        def making_namespaces():
+            return record.exists() and json.loads(record.read_text())["namespaces"]
+
+        started = labtest.runs.wait_until(making_namespaces, 10)
         up.kill()
         up.wait()
         self.assertTrue(started)
@@ -114,7 +130,8 @@ class LifecycleTest(unittest.TestCase):
         self.assertEqual(leftovers(run_id, self.lab.dir), [])
 
     def test_a_failed_up_says_what_failed_and_leaves_nothing(self):
-        done = labtest.run_lab("up", str(self.lab.topology), "--name", self.lab.name, "--lspping", "/bin/false", check=False)
+        up = ("up", str(self.lab.topology), "--name", self.lab.name, "--lspping", "/bin/false")
+        done = labtest.run_lab(*up, check=False)
         self.assertEqual(done.returncode, 2)
         self.assertEqual(len(done.stderr.splitlines()), 1, done.stderr)
         self.assertIn("responder of pe1", done.stderr)
@@ -123,12 +140,14 @@ class LifecycleTest(unittest.TestCase):
 
 
 class SplitTest(unittest.TestCase):
-    # (request's source, destination, FEC, label, the branch's transit)
+    LDP = ("--src", "10.255.0.1", "--fec", "ldp=10.255.0.4/32", "--label", "1004/ttl=2")
+    SR6 = ("--src", "2001:db8:ff::1", "--fec", "sr=2001:db8:ff::4/128", "--label", "16104/ttl=2")
+    # (the request, its destination, the transit of the branch it takes)
     CASES = [
-        ("10.255.0.1", "127.0.0.2", "ldp=10.255.0.4/32", "1004/ttl=2", "10.255.0.3"),
-        ("10.255.0.1", "127.0.0.3", "ldp=10.255.0.4/32", "1004/ttl=2", "10.255.0.5"),
-        ("2001:db8:ff::1", "::ffff:127.0.0.2", "sr=2001:db8:ff::4/128", "16104/ttl=2", "2001:db8:ff::3"),
-        ("2001:db8:ff::1", "::ffff:127.0.0.3", "sr=2001:db8:ff::4/128", "16104/ttl=2", "2001:db8:ff::5"),
+        (LDP, "127.0.0.2", "10.255.0.3"),
+        (LDP, "127.0.0.3", "10.255.0.5"),
+        (SR6, "::ffff:127.0.0.2", "2001:db8:ff::3"),
+        (SR6, "::ffff:127.0.0.3", "2001:db8:ff::5"),
     ]
 
     @classmethod
@@ -138,8 +157,8 @@ class SplitTest(unittest.TestCase):
 
     def test_the_inner_destination_picks_the_branch(self):
         requests = [
-            DIAMOND.craft(f"split{n}", "--src", source, "--dst", dst, "--fec", fec, "--label", label, "--sequence", str(n))
-            for n, (source, dst, fec, label, _) in enumerate(self.CASES, 1)
+            DIAMOND.craft(f"split{n}", *request, "--dst", dst, "--sequence", str(n))
+            for n, (request, dst, _) in enumerate(self.CASES, 1)
         ]
         replies = {r.sequence: r.source for r in DIAMOND.send("pe1", "e1", requests)}
         self.assertEqual(replies, {n: case[-1] for n, case in enumerate(self.CASES, 1)})
