@@ -117,6 +117,10 @@ class Lab:
         lines = path.read_text().splitlines() if path.exists() else []
         return [e for e in map(json.loads, lines) if e.get(EVENT) == kind]
 
+    def log(self, router):
+        """The lines the responder wrote to its standard error, so far."""
+        return (self.dir / f"{router}.err").read_text().splitlines()
+
     def state(self, router):
         """The router's state file as the topology gives it."""
         path = self.topology.parent / self.topology.stem / f"{router}.json"

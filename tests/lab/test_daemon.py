@@ -46,10 +46,13 @@ class ReloadTest(unittest.TestCase):
         self.reload("p1", json.dumps(state))
         self.assertTrue(self.answer_becomes(request, SWITCHED), "the reloaded binding is not used")
 
+        # Every reload's outcome is a line of the responder's log.
+        said = len(LINE.log("p1"))
         self.reload("p1", '{"lfib": {"routes": [{"label": "1014"}]}}')
+        self.assertTrue(labtest.runs.wait_until(lambda: len(LINE.log("p1")) > said, 5.0))
         self.assertEqual(self.answer(request), SWITCHED)
-        self.reload("p1", json.dumps(state))  # the responder still takes reloads
-        self.assertEqual(self.answer(request), SWITCHED)
+        self.reload("p1", json.dumps(LINE.state("p1")))
+        self.assertTrue(self.answer_becomes(request, MISMATCH), "no reload after a bad one")
 
 
 class RateLimitTest(unittest.TestCase):
