@@ -80,10 +80,11 @@ public:
 
   // Pings `fec` from pe1 with one label, printing each reply as it comes
   // and the summary after the last request's timeout.
-  void ping(U32 id, const IpAddr &fec, U32 label, std::ostream &out) {
+  void ping(U32 id, const IpAddr &fec, U32 label, U8 ttl, std::ostream &out) {
     const Wirx::IpGenPrefix prefix(fec, 32);
     out << "LSP ping " << prefix.stringValue() << " (LDP), label " << label
-        << (label == implicitNull ? " (implicit null)" : "") << ", from "
+        << (label == implicitNull ? " (implicit null)" : "")
+        << (ttl == 255 ? "" : ", TTL " + std::to_string(ttl)) << ", from "
         << pe1_.name() << " on " << eth1 << ":\n";
     auto config = pe1_.clientConfigs()->pingClientConfigIs(id);
     config->tunnelTypeIs(LspPing::LspPingTunnelType::tunnelLdpIpv4);
@@ -95,7 +96,7 @@ public:
     config->srcEthAddrIs(pe1_.ethAddr(eth1));
     config->tunnelNexthopEthAddrIs(pe2_.ethAddr(eth1));
     config->mplsLabelIs(0, MplsLabel(label));
-    config->mplsTtlIs(0, 255);
+    config->mplsTtlIs(0, ttl);
     config->txRateIs(1);
     config->pktDelayIs(0);
     config->txCountIs(requests);
@@ -161,10 +162,11 @@ void runDemo(std::ostream &out) {
          "Ethernet1, "
       << ms(U32(linkDelay * 1e6)) << " ms each way.\n\n"
       << "A healthy LSP: pe2 is the egress of 10.0.0.2/32.\n";
-  lab.ping(1, pe2Addr, implicitNull, out);
+  lab.ping(1, pe2Addr, implicitNull, 255, out);
   out << "\nA broken LSP: pe1 sends label 1001, but pe2 bound 10.0.0.3/32 to "
          "label 1000.\n";
-  lab.ping(2, farAddr, 1001, out);
+  // pe2 would switch label 1001 on: with TTL 1 it answers for itself.
+  lab.ping(2, farAddr, 1001, 1, out);
 }
 
 } // namespace

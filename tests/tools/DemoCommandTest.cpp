@@ -42,7 +42,8 @@ TEST(DemoCommand, PingsAHealthyAndABrokenLsp) {
        "round-trip min/avg/max = 31.250/31.250/31.250 ms", "",
        "A broken LSP: pe1 sends label 1001, but pe2 bound 10.0.0.3/32 to "
        "label 1000.",
-       "LSP ping 10.0.0.3/32 (LDP), label 1001, from pe1 on Ethernet1:"});
+       "LSP ping 10.0.0.3/32 (LDP), label 1001, TTL 1, from pe1 on "
+       "Ethernet1:"});
   for (int seq = 1; seq <= 5; ++seq) {
     expected.push_back("seq=" + std::to_string(seq) +
                        " reply from 10.0.0.2: labelMappingMismatch (subcode "

@@ -22,13 +22,16 @@ bool Link::joins(const Router &router, const Router &other) const {
          (ends_[1].router == &router && ends_[0].router == &other);
 }
 
-void Link::frameIs(const Router &router, const Wirx::IntfId &intfId,
+bool Link::frameIs(const Router &router, const Wirx::IntfId &intfId,
                    const Orv::Ptr<Wirx::Pkt> &frame) {
-  const int to =
-      ends_[0].router == &router && ends_[0].intfId == intfId ? 1 : 0;
+  if (!up_) {
+    ++framesDropped_;
+    return false;
+  }
   ++framesSent_;
-  toEnd_[to].itemIs(Wirx::Pkt::copyOf(frame->data(), frame->frontBytes(), 0),
-                    delay_);
+  toEnd_[toIndex(router, intfId)].itemIs(
+      Wirx::Pkt::copyOf(frame->data(), frame->frontBytes(), 0), delay_);
+  return true;
 }
 
 } // namespace Netsim
