@@ -19,7 +19,7 @@ namespace Netsim {
 // egress. The p3 branch is broken: p3 bound 10.0.0.5/32 to 3005, and 3006
 // to 10.0.0.6/32. Routers are 10.0.0.1 to 10.0.0.5 in the order above,
 // their LDP next hops name the neighbour's router address, and every link
-// has the same delay.
+// has the same delay. Requests to 127.0.0.1 take the healthy branch.
 class TraceLab {
 public:
   explicit TraceLab(Network &network, double linkDelay = Link::defaultDelay);
