@@ -1,12 +1,24 @@
 #include "Netsim/Link.h"
 
+#include "Netsim/Network.h"
 #include "Netsim/Router.h"
 
 namespace Netsim {
 
-Link::Link(Kiv::TimerWheel &wheel, const End &a, const End &b, double delay)
-    : ends_{a, b},
-      delay_(delay), toEnd_{{wheel, arrivalAt(0)}, {wheel, arrivalAt(1)}} {}
+Link::Link(Network &network, const End &a, const End &b, double delay)
+    : network_(network), ends_{a, b},
+      delay_(delay), toEnd_{{*network.timerWheel(), arrivalAt(0)},
+                            {*network.timerWheel(), arrivalAt(1)}} {}
+
+void Link::delayIs(double seconds) {
+  delay_ = seconds;
+  network_.linksChanged();
+}
+
+void Link::upIs(bool up) {
+  up_ = up;
+  network_.linksChanged();
+}
 
 DelayLine<Orv::Ptr<Wirx::Pkt>>::Arrive Link::arrivalAt(int index) {
   return [this, index](std::vector<Orv::Ptr<Wirx::Pkt>> &frames) {

@@ -10,6 +10,7 @@
 
 namespace Netsim {
 
+class Network;
 class Router;
 
 // A point-to-point Ethernet link between an interface of one router and an
@@ -27,7 +28,8 @@ public:
     Wirx::IntfId intfId;
   };
 
-  Link(Kiv::TimerWheel &wheel, const End &a, const End &b, double delay);
+  // Use Network::linkIs.
+  Link(Network &network, const End &a, const End &b, double delay);
   Link(const Link &) = delete;
   Link &operator=(const Link &) = delete;
 
@@ -40,9 +42,9 @@ public:
   // Whether the link joins `router` to `other`, in either direction.
   bool joins(const Router &router, const Router &other) const;
   double delay() const { return delay_; }
-  void delayIs(double seconds) { delay_ = seconds; }
+  void delayIs(double seconds);
   bool up() const { return up_; }
-  void upIs(bool up) { up_ = up; }
+  void upIs(bool up);
 
   // Sends `frame` from the end on `router`'s interface `intfId`; false,
   // and the frame dropped, while the link is down.
@@ -64,6 +66,7 @@ private:
   // Hands what arrives towards end `index` to its router.
   DelayLine<Orv::Ptr<Wirx::Pkt>>::Arrive arrivalAt(int index);
 
+  Network &network_;
   const End ends_[2];
   double delay_;
   bool up_ = true;

@@ -47,17 +47,26 @@ Router *Network::addrOwner(const Wirx::IpGenAddr &addr) const {
 Link &Network::linkIs(Router &a, const Wirx::IntfId &aIntfId, Router &b,
                       const Wirx::IntfId &bIntfId, double delay) {
   ORV_ASSERT(!a.link(aIntfId) && !b.link(bIntfId));
-  links_.push_back(std::make_unique<Link>(*timerWheel_, Link::End{&a, aIntfId},
+  links_.push_back(std::make_unique<Link>(*this, Link::End{&a, aIntfId},
                                           Link::End{&b, bIntfId}, delay));
+  linksChanged();
   Link &link = *links_.back();
   a.linkIs(aIntfId, &link);
   b.linkIs(bIntfId, &link);
   return link;
 }
 
+double Network::pathDelay(const Router &from, const Router &to) const {
+  const auto [known, added] = pathDelays_.try_emplace({&from, &to}, 0.0);
+  if (added) {
+    known->second = quickestPath(from, to);
+  }
+  return known->second;
+}
+
 // Dijkstra over the routers, in their order of creation: networks here are
 // a handful of routers, so a scan for the nearest one beats a heap.
-double Network::pathDelay(const Router &from, const Router &to) const {
+double Network::quickestPath(const Router &from, const Router &to) const {
   constexpr double unreached = std::numeric_limits<double>::infinity();
   const std::size_t count = routers_.size();
   std::vector<double> delay(count, unreached);

@@ -61,6 +61,8 @@ public:
   // The delay of datagrams from `from` to `to`: the sum of the link delays
   // along the quickest path of links that are up.
   double pathDelay(const Router &from, const Router &to) const;
+  // For Link: a link's delay or state changed, and with it the paths.
+  void linksChanged() { pathDelays_.clear(); }
 
   // Sends `datagram` from `from`; false when no router owns its
   // destination address.
@@ -74,6 +76,7 @@ private:
   using RouterPair = std::pair<const Router *, const Router *>;
 
   DelayLine<Datagram> &udpPath(const Router &from, Router &to);
+  double quickestPath(const Router &from, const Router &to) const;
 
   const Orv::Ptr<Kiv::TimerWheel> timerWheel_;
   double defaultDelay_ = Link::defaultDelay;
@@ -82,6 +85,8 @@ private:
   std::vector<std::unique_ptr<Router>> routers_;
   std::vector<std::unique_ptr<Link>> links_;
   std::map<RouterPair, std::unique_ptr<DelayLine<Datagram>>> udpPaths_;
+  // What pathDelay found, until the links change.
+  mutable std::map<RouterPair, double> pathDelays_;
 };
 
 } // namespace Netsim
