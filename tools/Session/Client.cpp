@@ -14,14 +14,21 @@ namespace {
 // plain IP.
 constexpr Orv::U32 implicitNull = 3;
 
+// Two sessions on one client would take each other's replies.
+Orv::Ptr<LspPing::LspPingClientConfig> newConfig(const Host &host,
+                                                 Orv::U32 id) {
+  LspPing::LspPingClientConfigColl &configs =
+      *host.clientRoot().lspPingClientConfigColl();
+  ORV_ASSERT(!configs.pingClientConfig(id));
+  return configs.pingClientConfigIs(id);
+}
+
 } // namespace
 
 Client::Client(const Host &host, Orv::U32 id, LspPing::LspPingMode mode,
                const Target &target, const IngressPath &path,
                ReplyHandler onReply)
-    : host_(host), id_(id),
-      config_(
-          host.clientRoot().lspPingClientConfigColl()->pingClientConfigIs(id)),
+    : host_(host), id_(id), config_(newConfig(host, id)),
       status_(
           host.clientRoot().lspPingClientStatusColl()->pingClientStatus(id)),
       onReply_(std::move(onReply)) {

@@ -23,6 +23,7 @@ class Client : private Orv::Reactor {
 public:
   using ReplyHandler = std::function<void(const Reply &)>;
 
+  // Client `id` must not be configured yet.
   Client(const Host &host, Orv::U32 id, LspPing::LspPingMode mode,
          const Target &target, const IngressPath &path, ReplyHandler onReply);
   Client(const Client &) = delete;
