@@ -12,6 +12,7 @@
 #include "tools/RespondCommand.h"
 #include "tools/ResponderCommand.h"
 #include "tools/StandardOutput.h"
+#include "tools/StateCommand.h"
 
 namespace {
 
@@ -52,6 +53,7 @@ int main(int argc, char **argv) {
   LspPingTool::addCraftCommand(app, status);
   LspPingTool::addRespondCommand(app, status);
   LspPingTool::addResponderCommand(app, status);
+  LspPingTool::addStateCommand(app, status);
   LspPingTool::addDemoCommand(app, status);
   try {
     app.parse(argc, argv);
