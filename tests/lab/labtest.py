@@ -4,7 +4,8 @@ replies.
 
 The lab needs root, network namespaces and Open vSwitch; without them a
 test module skips with the reason, unless LSPPING_REQUIRE_LAB=1 (set by
-continuous integration) makes that a failure."""
+continuous integration) makes that a failure. The FRR lab needs FRR too;
+LSPPING_REQUIRE_FRR=1 makes its absence a failure."""
 
 import json
 import os
@@ -20,6 +21,7 @@ LAB = SOURCE / "lab" / "lab"
 TOPOLOGIES = SOURCE / "lab" / "topologies"
 LSPPING = os.environ.get("LSPPING", str(SOURCE / "build" / "tools" / "lspping"))
 REQUIRED = os.environ.get("LSPPING_REQUIRE_LAB") == "1"
+FRR_REQUIRED = os.environ.get("LSPPING_REQUIRE_FRR") == "1"
 
 sys.path.insert(0, str(SOURCE / "lab"))
 from labkit import frames, runs  # noqa: E402
@@ -54,6 +56,18 @@ def require_lab(responder=True):
     if REQUIRED:
         raise AssertionError(f"LSPPING_REQUIRE_LAB=1 but {reason}")
     raise unittest.SkipTest(reason)
+
+
+def require_frr():
+    """Skips the test (fails it under LSPPING_REQUIRE_FRR=1) when the lab
+    or FRR cannot run here."""
+    require_lab()
+    for program in ("vtysh", "/usr/lib/frr/zebra", "/usr/lib/frr/ospfd", "/usr/lib/frr/ldpd"):
+        if shutil.which(program) is None:
+            reason = f"{program} is not installed (frr)"
+            if FRR_REQUIRED:
+                raise AssertionError(f"LSPPING_REQUIRE_FRR=1 but {reason}")
+            raise unittest.SkipTest(reason)
 
 
 def run_lab(*arguments, check=True):
@@ -120,6 +134,18 @@ class Lab:
     def log(self, router):
         """The lines the responder wrote to its standard error, so far."""
         return (self.dir / f"{router}.err").read_text().splitlines()
+
+    def record(self):
+        return json.loads((self.dir / "run.json").read_text())
+
+    def exec(self, router, *command):
+        """A command's standard output in a router's namespace."""
+        return run_lab("exec", self.name, router, "--", *command).stdout
+
+    def vtysh(self, router, command):
+        """A `show ... json` command's document, from the router's FRR."""
+        space = self.record()["frr"][router]["pathspace"]
+        return json.loads(self.exec(router, "vtysh", "-N", space, "-c", command))
 
     def state(self, router):
         """The router's state file as the topology gives it."""
