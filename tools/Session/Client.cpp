@@ -48,7 +48,20 @@ Client::Client(const Host &host, Orv::U32 id, LspPing::LspPingMode mode,
   for (Orv::U8 i = 0; i < path.labels.size(); ++i) {
     config.mplsLabelIs(i, path.labels[i]);
   }
+  config.mplsTcIs(target.tc);
+  config.rsvpSpIdIs(target.rsvp);
+  config.rsvpSenderAddrIs(target.rsvpSender);
+  config.pwInfoIs(target.pw);
   config.pktDelayIs(0);
+  // The library leaves a static configuration's module to its host: the
+  // transmit state machine keeps the one it is given.
+  if (target.tunnelType == LspPing::LspPingTunnelType::tunnelStaticConfig) {
+    host.clientRoot()
+        .lspPingClientSmColl()
+        ->pingClientTxSm(id)
+        ->lspPingClientTxPamIs(
+            host.clientRoot().ethDevPamCollection()->intfPam(path.intf));
+  }
   watch(*status_, LspPing::LspPingClientStatus::replyPktInfoAttr,
         [this](const Orv::U8 &slot) { handleReply(slot); });
 }
@@ -60,14 +73,13 @@ Client::~Client() {
 // The transmit state machine sends once it is enabled, and stays enabled
 // when its count is reached: a count of 0 disables it, and the count of one
 // more request enables it again, which sends at once.
-Orv::U32
-Client::requestIs(Orv::U8 ttl,
-                  const LspPing::LspPingDownstreamMappingInfo &dsMapping,
-                  const Wirx::IpGenAddr &dst) {
+Orv::U32 Client::requestIs(
+    Orv::U8 ttl, const LspPing::LspPingDownstreamMappingInfo &dsMapping,
+    const Wirx::IpGenAddr &dst, const std::vector<Orv::U8> &labelTtls) {
   LspPing::LspPingClientConfig &config = *config_;
   config.txCountIs(0);
   for (Orv::U8 i = 0; i < config.mplsLabel().size(); ++i) {
-    config.mplsTtlIs(i, ttl);
+    config.mplsTtlIs(i, i < labelTtls.size() ? labelTtls[i] : ttl);
   }
   config.dsMappingInfoIs(dsMapping);
   config.dstIpAddrIs(dst);

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "LspPing/LspPingClientConfig.h"
 #include "LspPing/LspPingClientStatus.h"
@@ -34,12 +35,14 @@ public:
   // Why the client cannot send, when it cannot.
   const std::string &reason() const { return config_->reason(); }
 
-  // Sends one request now, with TTL `ttl` on every label, the downstream
+  // Sends one request now, with TTL `ttl` on every label (or, for the
+  // first labels, the TTLs of `labelTtls`, outermost first), the downstream
   // mapping `dsMapping` when it is valid, to IP destination `dst`. Returns
   // the request's sequence number, or 0 when the client cannot send.
   Orv::U32 requestIs(Orv::U8 ttl,
                      const LspPing::LspPingDownstreamMappingInfo &dsMapping,
-                     const Wirx::IpGenAddr &dst);
+                     const Wirx::IpGenAddr &dst,
+                     const std::vector<Orv::U8> &labelTtls = {});
 
 private:
   void handleReply(Orv::U8 slot);

@@ -1,6 +1,7 @@
 #include "Session/PingSession.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "Orv/Clock.h"
@@ -13,6 +14,15 @@ Wirx::IpGenAddr loopbackDestination(const Wirx::IpGenAddr &src) {
                                               0xff, 0xff, 127, 0, 0, 1});
   }
   return Wirx::IpAddr(0x7f000001);
+}
+
+Orv::U32 PingSession::Summary::mdevRoundTrip() const {
+  if (received == 0) {
+    return 0;
+  }
+  const double mean = double(sumRoundTrip) / received;
+  const double variance = sumSquaredRoundTrip / received - mean * mean;
+  return Orv::U32(std::lround(std::sqrt(std::max(variance, 0.0))));
 }
 
 PingSession::PingSession(const Host &host, Orv::U32 clientId,
@@ -33,8 +43,9 @@ PingSession::PingSession(const Host &host, Orv::U32 clientId,
 }
 
 void PingSession::handleSendTimer() {
-  const Orv::U32 seq = client_->requestIs(
-      options_.ttl, LspPing::LspPingDownstreamMappingInfo(), dst_);
+  const Orv::U32 seq =
+      client_->requestIs(options_.ttl, LspPing::LspPingDownstreamMappingInfo(),
+                         dst_, options_.labelTtls);
   if (seq == 0) {
     finish(client_->reason());
     return;
@@ -76,6 +87,7 @@ void PingSession::handleReply(const Reply &reply) {
                              : std::min(summary_.minRoundTrip, reply.roundTrip);
   summary_.maxRoundTrip = std::max(summary_.maxRoundTrip, reply.roundTrip);
   summary_.sumRoundTrip += reply.roundTrip;
+  summary_.sumSquaredRoundTrip += double(reply.roundTrip) * reply.roundTrip;
   ++summary_.received;
   if (events_.reply) {
     events_.reply(reply);
