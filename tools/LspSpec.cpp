@@ -307,7 +307,7 @@ private:
     const std::string &kind = words_.fec[0];
     const auto only = [&](bool given, const char *option, const char *owner) {
       return !given || kind == owner ||
-             fail(std::string(option) + ": only with an " + owner + " FEC");
+             fail(std::string(option) + ": only with " + owner + " FECs");
     };
     if (!only(words_.lspId.has_value(), "--lsp-id", "rsvp") ||
         !only(words_.extTunnelId.has_value(), "--ext-tunnel-id", "rsvp") ||
@@ -398,39 +398,52 @@ std::optional<LspWords> lineWords(std::vector<std::string> args,
 void addLspOptions(CLI::App &app, LspWords &words) {
   app.add_option("FEC", words.fec,
                  "the FEC: ldp PREFIX, rsvp END_POINT TUNNEL_ID, sr PREFIX, "
-                 "nil, static PREFIX or pw SENDER RECEIVER PW_ID");
+                 "nil, static PREFIX or pw SENDER RECEIVER PW_ID")
+      ->type_name("WORD");
   app.add_option("--label", words.labels,
-                 "a label to push, LABEL[/ttl=N], outermost first; "
-                 "repeatable. None: the requests go as plain IP")
+                 "a label to push, outermost first; repeatable. None: the "
+                 "requests go as plain IP")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->type_name("LABEL[/ttl=N]");
   app.add_option("-I,--interface", words.intf,
                  "the interface the requests leave by; default: the one of "
-                 "the kernel's route to the FEC");
+                 "the kernel's route to the FEC")
+      ->type_name("IF");
   app.add_option("--nexthop", words.nexthop,
                  "the next hop's address, its MAC taken from the kernel's "
                  "neighbours (asked for when missing); default: the "
-                 "kernel's route's");
+                 "kernel's route's")
+      ->type_name("ADDR");
   app.add_option("--nexthop-mac", words.nexthopMac,
-                 "the next hop's MAC address, in place of the kernel's");
+                 "the next hop's MAC address, in place of the kernel's")
+      ->type_name("MAC");
   app.add_option("-s,--source", words.source,
                  "the requests' source address, where replies come back; "
-                 "default: the interface's address of the FEC's family");
+                 "default: the interface's address of the FEC's family")
+      ->type_name("ADDR");
   app.add_option("--destination", words.destination,
                  "the requests' IP destination; default: 127.0.0.1, or "
-                 "::ffff:127.0.0.1 for IPv6");
-  app.add_option("--tc", words.tc, "the labels' traffic class, 0 to 7");
-  app.add_option("--lsp-id", words.lspId, "rsvp: the LSP id (default 0)");
+                 "::ffff:127.0.0.1 for IPv6")
+      ->type_name("ADDR");
+  app.add_option("--tc", words.tc, "the labels' traffic class, 0 to 7")
+      ->type_name("N");
+  app.add_option("--lsp-id", words.lspId, "rsvp: the LSP id (default 0)")
+      ->type_name("N");
   app.add_option("--ext-tunnel-id", words.extTunnelId,
                  "rsvp: the extended tunnel id, an IPv4 address (default "
-                 "0.0.0.0)");
+                 "0.0.0.0)")
+      ->type_name("ADDR");
   app.add_option("--sender", words.sender,
                  "rsvp: the tunnel's sender address (default: the requests' "
-                 "source)");
-  app.add_option("--igp", words.igp, "sr: the IGP of the prefix segment, isis");
+                 "source)")
+      ->type_name("ADDR");
+  app.add_option("--igp", words.igp,
+                 "sr: the IGP of the prefix segment; the client names IS-IS")
+      ->type_name("isis");
   app.add_option("--pw-type", words.pwType,
-                 "pw: the pseudowire type (default 5, Ethernet)");
+                 "pw: the pseudowire type (default 5, Ethernet)")
+      ->type_name("N");
 }
 
 std::optional<Lsp> lspOf(const LspWords &words, std::string &error) {

@@ -34,7 +34,7 @@ CLI::Validator seconds() {
         }
         return "";
       },
-      "SECONDS");
+      "");
 }
 
 // What the command line says beyond each option's own value.
@@ -112,6 +112,7 @@ void addShared(CLI::App &cmd, CommandLine &c) {
   cmd.add_option("-W", c.run.ping.timeout,
                  "seconds to wait for a reply to each request")
       ->check(seconds())
+      ->type_name("SECONDS")
       ->capture_default_str();
   cmd.add_option("--fec-file", c.fecFile,
                  "many LSPs at once: a line per LSP, its FEC and its "
@@ -143,9 +144,11 @@ void addPingCommands(CLI::App &app, int &status) {
   addShared(*cmd, *ping);
   cmd->add_option("-c", ping->run.ping.count,
                   "requests to send per LSP; 0: until interrupted")
+      ->type_name("COUNT")
       ->capture_default_str();
   cmd->add_option("-i", ping->run.ping.interval, "seconds between requests")
       ->check(seconds())
+      ->type_name("SECONDS")
       ->capture_default_str();
   cmd->footer("FEC: ldp PREFIX | rsvp END_POINT TUNNEL_ID [--lsp-id N] "
               "[--ext-tunnel-id A] [--sender A] | sr PREFIX [--igp isis] | "
@@ -171,6 +174,7 @@ void addPingCommands(CLI::App &app, int &status) {
   cmd->add_option("-m,--max-ttl", trace->run.traceOptions.maxTtl,
                   "the TTL of the last hop asked")
       ->check(CLI::Range(1, 255))
+      ->type_name("N")
       ->capture_default_str();
   cmd->add_flag("--multipath", trace->run.traceOptions.tree,
                 "the tree trace: every branch, each with its own IP "
