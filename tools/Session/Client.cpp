@@ -1,9 +1,12 @@
 #include "Session/Client.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "LspPing/LspPingClientConfigColl.h"
 #include "LspPing/LspPingClientStatusColl.h"
+#include "LspPing/LspPingTxCountConstants.h"
 #include "Orv/Assert.h"
 
 namespace Session {
@@ -73,19 +76,43 @@ Client::~Client() {
 // The transmit state machine sends once it is enabled, and stays enabled
 // when its count is reached: a count of 0 disables it, and the count of one
 // more request enables it again, which sends at once.
-Orv::U32 Client::requestIs(
-    Orv::U8 ttl, const LspPing::LspPingDownstreamMappingInfo &dsMapping,
-    const Wirx::IpGenAddr &dst, const std::vector<Orv::U8> &labelTtls) {
+Orv::U32
+Client::requestIs(Orv::U8 ttl,
+                  const LspPing::LspPingDownstreamMappingInfo &dsMapping,
+                  const Wirx::IpGenAddr &dst) {
   LspPing::LspPingClientConfig &config = *config_;
   config.txCountIs(0);
-  for (Orv::U8 i = 0; i < config.mplsLabel().size(); ++i) {
-    config.mplsTtlIs(i, i < labelTtls.size() ? labelTtls[i] : ttl);
-  }
+  ttlsIs(ttl, {});
   config.dsMappingInfoIs(dsMapping);
   config.dstIpAddrIs(dst);
   const Orv::U32 seq = status_->sequenceNum() + 1;
   config.txCountIs(static_cast<Orv::S32>(seq));
   return config.enabled() ? seq : 0;
+}
+
+// The transmit state machine counts each request it sends in the status.
+bool Client::requestsIs(Orv::U32 count, double interval, Orv::U8 ttl,
+                        const std::vector<Orv::U8> &labelTtls,
+                        const Wirx::IpGenAddr &dst, SentHandler onSent) {
+  LspPing::LspPingClientConfig &config = *config_;
+  onSent_ = std::move(onSent);
+  watch(*status_, LspPing::LspPingClientStatus::sequenceNumAttr,
+        [this] { onSent_(status_->sequenceNum()); });
+  ttlsIs(ttl, labelTtls);
+  config.dstIpAddrIs(dst);
+  config.txRateIs(interval);
+  config.txCountIs(count == 0
+                       ? LspPing::LspPingTxCountConstants::infinite
+                       : Orv::S32(std::min<Orv::U32>(
+                             count, std::numeric_limits<Orv::S32>::max())));
+  return config.enabled();
+}
+
+void Client::ttlsIs(Orv::U8 ttl, const std::vector<Orv::U8> &labelTtls) {
+  LspPing::LspPingClientConfig &config = *config_;
+  for (Orv::U8 i = 0; i < config.mplsLabel().size(); ++i) {
+    config.mplsTtlIs(i, i < labelTtls.size() ? labelTtls[i] : ttl);
+  }
 }
 
 void Client::handleReply(Orv::U8 slot) {
@@ -102,6 +129,9 @@ void Client::handleReply(Orv::U8 slot) {
   for (const auto &[index, mapping] : info->downstreamMappingInfo) {
     reply.mappings.push_back(mapping);
   }
+  // The record is the session's once handed on: it goes from the status,
+  // which would otherwise keep 256 per client, however long a ping runs.
+  status_->replyPktInfoDel(slot);
   onReply_(reply);
 }
 

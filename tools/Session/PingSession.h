@@ -15,6 +15,8 @@ namespace Session {
 
 // An LSP ping: `count` requests `interval` seconds apart, the first at
 // once, each answered or declared lost `timeout` seconds after it left.
+// The library's transmit state machine sends them, as it sends any
+// client's requests, unattended.
 // Events come as they happen; `done` comes last, once every request is
 // answered or lost (never for a ping without end), or at once when the
 // ping cannot start.
@@ -80,7 +82,7 @@ private:
     double deadline;
   };
 
-  void handleSendTimer();
+  void handleSent(Orv::U32 seq);
   void handleTimeoutTimer();
   void handleReply(const Reply &reply);
   void lostUntil(double now);
@@ -96,7 +98,6 @@ private:
   // Requests sent and not yet answered, oldest first.
   std::vector<Outstanding> outstanding_;
   bool finished_ = false;
-  Kiv::Timer sendTimer_;
   Kiv::Timer timeoutTimer_;
 };
 
