@@ -11,6 +11,13 @@ namespace {
 // The kernel may give a port to one family that the other's sockets hold:
 // the pair is opened anew, a few times.
 constexpr int attempts = 8;
+// Replies to many LSPs arrive steadily, but the loop may be late to read
+// them: room for some 10,000 of them, rather than the system's default of
+// a few hundred, before the kernel drops any.
+constexpr int rxBufferBytes = 16 << 20;
+// A timer pass may send a thousand requests: a readiness reads as many
+// replies, rather than one batch.
+constexpr Orv::U32 rxBatches = 32;
 
 } // namespace
 
@@ -48,6 +55,8 @@ DualStackUdpPam::DualStackUdpPam(Kiv::EventLoop &loop,
       again_(loop.wheel(), [this] { handleReadable(); }) {
   for (const auto &socket : {ipv4_, ipv6_}) {
     if (socket) {
+      socket->rxBufferIs(rxBufferBytes);
+      socket->rxBatchesIs(rxBatches);
       watch(*socket, Wirx::Pam::readableCountAttr,
             [this] { handleReadable(); });
     }

@@ -19,6 +19,8 @@ namespace {
 // How long the kernel is given to find a next hop's MAC address, as ping's
 // first requests would wait for it.
 constexpr double neighbourTimeout = 3.0;
+// Sessions started in one turn of the loop at most.
+constexpr std::size_t startBatch = 64;
 
 std::string secondsText(double seconds) {
   char text[32];
@@ -134,9 +136,14 @@ double PingRunner::startTime(std::size_t i) const {
   return firstStart_ + run_.ping.interval * double(i) / double(entries_.size());
 }
 
+// A few sessions at a time: starting one takes longer than a request, and
+// the loop must go on reading replies while thousands start.
 void PingRunner::startDue() {
   const double now = Orv::now();
-  while (started_ < entries_.size() && startTime(started_) <= now) {
+  for (std::size_t batch = 0;
+       batch < startBatch && started_ < entries_.size() &&
+       startTime(started_) <= now;
+       ++batch) {
     const std::size_t i = started_++;
     if (run_.trace) {
       startTrace(i);
@@ -145,7 +152,7 @@ void PingRunner::startDue() {
     }
   }
   if (started_ < entries_.size()) {
-    starter_.timeMinIs(startTime(started_));
+    starter_.timeMinIs(std::max(now, startTime(started_)));
   }
 }
 
