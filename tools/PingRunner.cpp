@@ -11,6 +11,7 @@
 #include "tools/ExitStatus.h"
 #include "tools/KernelPaths.h"
 #include "tools/RawSockets.h"
+#include "tools/StatePaths.h"
 
 namespace LspPingTool {
 
@@ -85,6 +86,9 @@ bool PingRunner::prepare() {
     log("", error);
     return false;
   }
+  if (!labelsFromState()) {
+    return false;
+  }
   const KernelPaths kernel(*routes, host_.intfs(), host_.ipv4(), host_.ipv6());
   for (Lsp &lsp : run_.lsps) {
     if (error = kernel.route(lsp); !error.empty()) {
@@ -112,6 +116,61 @@ bool PingRunner::prepare() {
   if (!host_.start(intfs, ipv4, ipv6, error)) {
     log("", error);
     return false;
+  }
+  return true;
+}
+
+bool PingRunner::labelsFromState() {
+  std::vector<Lsp *> wanting;
+  for (Lsp &lsp : run_.lsps) {
+    if (lsp.target.labels.empty() &&
+        (lsp.fec.starts_with("ldp=") || lsp.fec.starts_with("sr="))) {
+      wanting.push_back(&lsp);
+    }
+  }
+  if (run_.stateSources.empty() || wanting.empty()) {
+    return true;
+  }
+  const StateReading reading = readState("", run_.stateSources);
+  for (const std::string &note : reading.notes) {
+    log("", note);
+  }
+  if (!reading.document) {
+    log("", reading.error);
+    return false;
+  }
+  std::string from;
+  for (const StateSource &source : run_.stateSources) {
+    from += (from.empty() ? "" : " + ") + source.text();
+  }
+  for (Lsp *lsp : wanting) {
+    std::string error;
+    const auto path = statePath(*reading.document, lsp->fec, error);
+    const auto nexthop = Wirx::IpGenAddr::fromString(path ? path->nexthop : "");
+    if (!path || !nexthop) {
+      log(where(*lsp),
+          from + ": " + (path ? lsp->fec + ": no next hop" : error));
+      return false;
+    }
+    Session::Target &target = lsp->target;
+    std::string labels;
+    for (const unsigned label : path->labels) {
+      target.labels.push_back(Wirx::MplsLabel(label));
+      lsp->ttls.push_back(255);
+      labels += " " + std::to_string(label);
+    }
+    if (!target.intf) {
+      target.intf = Wirx::IntfId(path->interface);
+    }
+    if (!target.nexthop && !target.nexthopEthAddr) {
+      target.nexthop = *nexthop;
+    }
+    log(where(*lsp),
+        lsp->fec + ": " +
+            (labels.empty() ? "no label (the next hop is the egress)"
+                            : "label" + labels) +
+            " out " + path->interface + " to " + path->nexthop + ", from " +
+            from + " (" + path->entry + ")");
   }
   return true;
 }

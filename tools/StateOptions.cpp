@@ -2,6 +2,18 @@
 
 namespace LspPingTool {
 
+CLI::Validator stateSourceCheck() {
+  return CLI::Validator(
+      [](const std::string &text) -> std::string {
+        return StateSource::fromString(text)
+                   ? ""
+                   : "'" + text +
+                         "' is no state source (expected frr, "
+                         "frr:NAME or kernel)";
+      },
+      "SOURCE");
+}
+
 void addStateOptions(CLI::App &cmd, StateOptions &options,
                      const std::string &sourceOption) {
   cmd.add_option("--state", options.file,
@@ -17,15 +29,7 @@ void addStateOptions(CLI::App &cmd, StateOptions &options,
          "read the state from SOURCE (repeatable): frr (vtysh), frr:NAME "
          "(vtysh -N NAME) or kernel (its label routes)")
       ->type_name("SOURCE")
-      ->check(CLI::Validator(
-          [](const std::string &text) -> std::string {
-            return StateSource::fromString(text)
-                       ? ""
-                       : "'" + text +
-                             "' is no state source (expected frr, "
-                             "frr:NAME or kernel)";
-          },
-          "SOURCE"));
+      ->check(stateSourceCheck());
 }
 
 } // namespace LspPingTool

@@ -18,6 +18,9 @@ struct StateOptions {
   bool empty() const { return file.empty() && sources.empty(); }
 };
 
+// Checks a SOURCE as StateSource::fromString() reads it.
+CLI::Validator stateSourceCheck();
+
 // Adds `--state FILE` and `SOURCE_OPTION SOURCE` (repeatable) to `cmd`,
 // each source checked as it is read.
 void addStateOptions(CLI::App &cmd, StateOptions &options,

@@ -1,8 +1,9 @@
 """The FRR lab, r1 - r2 - r3, whose labels LDP chose: each responder
-answers from what FRR reports, the switch does what LDP chose, `lab break`
-makes a broken LSP, and the responders follow LDP when its labels change,
-without a restart."""
+answers from what FRR reports, the switch does what LDP chose, ping and
+trace find their labels in FRR, `lab break` makes a broken LSP, and the
+responders follow LDP when its labels change, without a restart."""
 
+import json
 import time
 import unittest
 
@@ -55,6 +56,24 @@ def request(name, stack, *options):
                      *options)
 
 
+def lspping_on_r1(command, *options):
+    """`lspping ping|trace ldp 10.0.0.3/32` from r1, its labels from r1's
+    FRR: (exit status, standard output, standard error)."""
+    space = LAB.record()["frr"]["r1"]["pathspace"]
+    done = labtest.run_lab("exec", LAB.name, "r1", "--", labtest.LSPPING, command, "ldp", R3,
+                           "--state-from", f"frr:{space}", "-W", "1", *options, check=False)
+    return done.returncode, done.stdout, done.stderr
+
+
+def trace_hops():
+    """The hops of a trace from r1: (replying address, return code, the
+    first mapping's labels)."""
+    _, out, _ = lspping_on_r1("trace", "--json")
+    hops = [e for e in map(json.loads, out.splitlines()) if e["event"] == "hop"]
+    return [(h["from"], h["returnCode"], [m["label"] for m in (h["mappings"] or [{}])[0].get(
+        "labels", [])]) for h in hops]
+
+
 def answer(name, stack, *options):
     """The return code of the one reply to a request from r1, or None."""
     replies = LAB.send("r1", "e1", [request(name, stack, *options)], timeout=1.0)
@@ -66,7 +85,7 @@ class FrrLabTest(unittest.TestCase):
         for router in LOOPBACK:
             with self.subTest(router):
                 space = LAB.record()["frr"][router]["pathspace"]
-                state = labtest.json.loads(
+                state = json.loads(
                     LAB.exec(router, labtest.LSPPING, "state", "--from", f"frr:{space}", "--json"))
                 read = {b["fec"]: b["labels"][0]["label"] for b in state["bindings"]["ldp"]}
                 self.assertEqual(read, local_labels(router))
@@ -85,6 +104,16 @@ class FrrLabTest(unittest.TestCase):
         self.assertEqual(mapping["dsIpAddr"], "10.1.23.3")
         self.assertEqual(answer("egress", str(chosen)), EGRESS)
 
+    def test_b_ping_and_trace_find_the_labels_ldp_chose(self):
+        chosen = remote_label("r1", R3, "r2")
+        status, out, err = lspping_on_r1("ping", "-c", "2", "-i", "0.2")
+        self.assertEqual(status, 0, out + err)
+        self.assertIn(f"ldp={R3}: label {chosen} out e1 to 10.1.12.2, from frr:", err)
+        self.assertIn(f"label {chosen},", out)
+        # r2 pops: the label r3 advertised is an implicit null.
+        self.assertEqual(remote_label("r2", R3, "r3"), 3)
+        self.assertEqual(trace_hops(), [("10.1.12.2", SWITCHED, [3]), ("10.1.23.3", EGRESS, [])])
+
     def test_c_a_broken_rule_is_seen_where_it_is_and_healing_restores_it(self):
         chosen = local_labels("r2")[R3]
         # r3 switches its label for r1's loopback: it takes the frame for
@@ -95,6 +124,8 @@ class FrrLabTest(unittest.TestCase):
             self.assertEqual(answer("after", f"{chosen}/ttl=2"), MISMATCH)
             self.assertNotEqual(answer("broken", str(chosen)), EGRESS)
             self.assertEqual(answer("before", f"{chosen}/ttl=1"), SWITCHED)
+            self.assertEqual(trace_hops()[-1][:2], ("10.1.23.3", MISMATCH))
+            self.assertEqual(lspping_on_r1("ping", "-c", "1")[0], 1)
             labtest.run_lab("break", LAB.name, "r2", str(chosen), "--drop")
             self.assertIsNone(answer("dropped", str(chosen)))
         finally:
@@ -122,6 +153,9 @@ class FrrLabTest(unittest.TestCase):
         labtest.run_lab("heal", LAB.name)
         self.assertTrue(eventually(lambda: answer("new", f"{new}/ttl=1") == SWITCHED))
         self.assertEqual(answer("new-egress", str(new)), EGRESS)
+        status, out, err = lspping_on_r1("ping", "-c", "1")
+        self.assertEqual(status, 0, out + err)
+        self.assertIn(f"label {new} out e1", err)
         self.assertEqual({r: e["pid"] for r, e in LAB.record()["responders"].items()}, pids)
         self.assertTrue(any("state changed" in line for line in LAB.log("r2")))
 

@@ -21,6 +21,7 @@
 #include "tools/KernelMplsRoutes.h"
 #include "tools/StateCombine.h"
 #include "tools/StateFile.h"
+#include "tools/StatePaths.h"
 #include "tools/StateSourceError.h"
 
 namespace {
@@ -197,6 +198,33 @@ TEST(StateCombine, TheFileWinsAndRoutesKeepTheirVias) {
             (std::vector<std::string>{"16: swap [40] via e2 10.1.23.3",
                                       "17: pop via e2 10.1.23.3"}));
   EXPECT_NO_THROW(LspPingTool::loadStateDocument(state, "combined"));
+}
+
+// The path an ingress takes into a FEC's LSP, from r2's state: a label
+// route's first via, or why there is none.
+TEST(StatePaths, TheIngressFollowsTheBindingsLabelRoute) {
+  json state = LspPingTool::frrState(r2());
+  state["fib"].push_back(json::parse(R"({"fec": "10.0.0.9/32", "vias": [
+    {"interface": "e1", "nexthop": "10.1.12.1", "action": "push",
+     "labels": [16009]}]})"));
+  const std::pair<std::string, std::string> cases[] = {
+      {"ldp=10.0.0.3/32", "[] e2 10.1.23.3 LDP binding 17"},
+      {"ldp=10.0.0.1", "[] e1 10.1.12.1 LDP binding 16"},
+      {"sr=10.0.0.9/32,isis", "[16009] e1 10.1.12.1 IP route"},
+      {"ldp=10.0.0.2/32", "10.0.0.2/32: this router is its egress (LDP "
+                          "binding: implicit null)"},
+      {"ldp=10.0.0.9/32", "no LDP binding for 10.0.0.9/32"},
+      {"sr=10.0.0.3/32", "no IS-IS binding for 10.0.0.3/32"},
+  };
+  for (const auto &[fec, expected] : cases) {
+    std::string error;
+    const auto path = LspPingTool::statePath(state, fec, error);
+    EXPECT_EQ(path ? json(path->labels).dump() + " " + path->interface + " " +
+                         path->nexthop + " " + path->entry
+                   : error,
+              expected)
+        << fec;
+  }
 }
 
 // A route message of `family` to `label` (MPLS) or 10.0.0.0/8, out of
