@@ -1,6 +1,6 @@
 """FRR as the control plane of the routers that run it: zebra, ospfd and
 ldpd (isisd too, with segment routing, when asked) in the router's
-namespace, under a pathspace named after the namespace (`vtysh -N NAME`),
+namespace, under a pathspace RUN-ROUTER (`vtysh -N lab-r1`),
 each stopped by its pid; and the label table LDP chose, which the switch
 is programmed from, since this kernel cannot install it."""
 
@@ -34,7 +34,9 @@ def check_installed():
 
 
 def pathspace(run, router):
-    return run.router_namespace(router)
+    """Named by the run's name, which users type (`--state-from
+    frr:lab-r1`), and unique as it is among the runs."""
+    return f"{run.name}-{router}"
 
 
 def daemons(router):
