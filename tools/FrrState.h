@@ -18,6 +18,8 @@ struct FrrOutputs {
   std::string mplsTable;
   std::string interfaces;
   std::string isisPrefixSids;
+
+  bool operator==(const FrrOutputs &) const = default;
 };
 
 // A vtysh command and where its output goes.

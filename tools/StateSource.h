@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -89,6 +90,9 @@ private:
   std::vector<nlohmann::json> documents_;
   std::vector<std::string> notes_;
   std::unique_ptr<ChildProcess> child_;
+  // Each FRR source's last outputs and their mapping: mapping many
+  // prefixes holds the loop for a while, and FRR mostly says the same.
+  std::map<std::size_t, std::pair<FrrOutputs, nlohmann::json>> mapped_;
   // Runs the steps that need no program from the loop.
   Kiv::Timer stepTimer_;
 };
