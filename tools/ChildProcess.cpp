@@ -91,7 +91,9 @@ ChildProcess::ChildProcess(Kiv::EventLoop &loop,
     reaper_.timeMinIs(Orv::now());
     return;
   }
-  for (auto [pipe, fd] : {std::pair{&out_, outPipe[0]}, {&err_, errPipe[0]}}) {
+  for (const auto &[into, fd] :
+       {std::pair{&out_, outPipe[0]}, {&err_, errPipe[0]}}) {
+    Pipe *pipe = into;
     fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
     pipe->fd = fd;
     loop_.fdReadableIs(fd, [this, pipe] { drain(*pipe); });
