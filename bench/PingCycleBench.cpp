@@ -59,7 +59,8 @@ void pingCycle(benchmark::State &state, bool transit) {
         IpAddr(0x0a010002), IpAddr(0x0a010002), 0, 0, Wirx::IpGenAddr(), {},
         labels, true));
   }
-  config->mplsTtlIs(0, 255);
+  // b answers a transit request only when its TTL runs out there.
+  config->mplsTtlIs(0, 1);
   config->txRateIs(1);
   config->pktDelayIs(0.5);
   config->txCountIs(-1);

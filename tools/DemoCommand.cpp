@@ -1,19 +1,20 @@
 #include "tools/DemoCommand.h"
 
-#include <algorithm>
-#include <cstdio>
+#include <cerrno>
 #include <cstring>
+#include <fstream>
 #include <iostream>
-#include <map>
+#include <memory>
 #include <string>
-#include <utility>
 
 #include "Kiv/VirtualTime.h"
-#include "LspPing/LspPingHdr.h"
-#include "LspPing/LspPingReturnCode.h"
 #include "Netsim/Network.h"
-#include "Orv/Enum.h"
-#include "Orv/Reactor.h"
+#include "Netsim/SessionHost.h"
+#include "Netsim/TraceLab.h"
+#include "Session/Format.h"
+#include "Session/PingSession.h"
+#include "Session/TraceDot.h"
+#include "Session/TraceSession.h"
 #include "tools/ExitStatus.h"
 
 namespace LspPingTool {
@@ -30,32 +31,26 @@ constexpr double start = 1'800'000'000.0;
 // which carry whole microseconds, measure it exactly.
 constexpr double linkDelay = 1.0 / 64;
 constexpr U32 requests = 5;
-// How long the last request's reply is waited for.
 constexpr double timeout = 2.0;
 constexpr U32 implicitNull = 3;
+constexpr U8 traceTtlLimit = 8;
+constexpr U32 treeDestinations = 16;
 
 const Wirx::IntfId eth1("Ethernet1");
 const Wirx::IntfId eth2("Ethernet2");
-const IpAddr pe1Eth1(0x0a010001);   // 10.1.0.1
 const IpAddr pe2Addr(0x0a000002);   // 10.0.0.2
 const IpAddr farAddr(0x0a000003);   // 10.0.0.3, behind pe2: label 1000
 const IpAddr otherAddr(0x0a000004); // 10.0.0.4, behind pe2: label 1001
 
 Wirx::EthAddr mac(const char *text) { return *Wirx::EthAddr::fromString(text); }
 
-std::string ms(U32 micros) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.3f", micros / 1000.0);
-  return text;
-}
-
 // pe1's Ethernet1 is linked to pe2's Ethernet1. pe2 is the egress of its own
 // address and swaps labels 1000 (10.0.0.3/32) and 1001 (10.0.0.4/32)
 // towards its Ethernet2.
-class Lab {
+class PingLab {
 public:
-  Lab() {
-    pe1_.intfIs(eth1, mac("02:00:00:00:01:01"), pe1Eth1, 30);
+  PingLab() {
+    pe1_.intfIs(eth1, mac("02:00:00:00:01:01"), IpAddr(0x0a010001), 30);
     pe2_.intfIs(eth1, mac("02:00:00:00:02:01"), IpAddr(0x0a010002), 30);
     pe2_.intfIs(eth2, mac("02:00:00:00:02:02"), IpAddr(0x0a020001), 30);
     network_.linkIs(pe1_, eth1, pe2_, eth1, linkDelay);
@@ -67,83 +62,51 @@ public:
                       MplsLabel(2000));
     state.swapRouteIs(MplsLabel(1001), eth2, IpAddr(0x0a020002),
                       MplsLabel(2001));
-    // The client's status has no subcode: it is read off the wire.
-    network_.datagramTapIs(
-        [this](const Netsim::Router &, const Netsim::Datagram &datagram) {
-          LspPing::LspPingHdr hdr;
-          if (datagram.payload->frontBytes() >= sizeof hdr) {
-            std::memcpy(&hdr, datagram.payload->data(), sizeof hdr);
-            subcodes_[{hdr.senderHandle(), hdr.sequenceNumber()}] =
-                hdr.returnSubcode;
-          }
-        });
   }
 
   // Pings `fec` from pe1 with one label, printing each reply as it comes
-  // and the summary after the last request's timeout.
-  void ping(U32 id, const IpAddr &fec, U32 label, std::ostream &out) {
-    const Wirx::IpGenPrefix prefix(fec, 32);
-    out << "LSP ping " << prefix.stringValue() << " (LDP), label " << label
-        << (label == implicitNull ? " (implicit null)" : "") << ", from "
+  // and the summary after the last one.
+  void ping(U32 id, const IpAddr &fec, U32 label, U8 ttl, std::ostream &out) {
+    Session::Target target;
+    target.fec = Wirx::IpGenPrefix(fec, 32);
+    target.labels = {MplsLabel(label)};
+    target.intf = eth1;
+    out << "LSP ping " << target.fec.stringValue() << " (LDP), label " << label
+        << (label == implicitNull ? " (implicit null)" : "")
+        << (ttl == 255 ? "" : ", TTL " + std::to_string(ttl)) << ", from "
         << pe1_.name() << " on " << eth1 << ":\n";
-    auto config = pe1_.clientConfigs()->pingClientConfigIs(id);
-    config->tunnelTypeIs(LspPing::LspPingTunnelType::tunnelLdpIpv4);
-    config->dstPrefixIs(prefix);
-    config->txIntfIdIs(eth1);
-    config->srcIpAddrIs(pe1Eth1);
-    config->dstIpAddrIs(IpAddr(0x7f000001));
-    config->srcUdpPortIs(Netsim::Router::clientUdpPort);
-    config->srcEthAddrIs(pe1_.ethAddr(eth1));
-    config->tunnelNexthopEthAddrIs(pe2_.ethAddr(eth1));
-    config->mplsLabelIs(0, MplsLabel(label));
-    config->mplsTtlIs(0, 255);
-    config->txRateIs(1);
-    config->pktDelayIs(0);
-    config->txCountIs(requests);
-
-    const auto status = pe1_.clientStatuses()->pingClientStatus(id);
-    Stats stats;
-    struct : Orv::Reactor {
-    } watcher;
-    watcher.watch(*status, LspPing::LspPingClientStatus::replyPktInfoAttr,
-                  [&](const U8 &slot) {
-                    const LspPing::LspPingReplyPktInfo &info =
-                        status->replyPktInfo()[slot];
-                    out << "seq=" << info.seqNum << " reply from "
-                        << info.replyHost << ": "
-                        << Orv::stringValue(info.retCode) << " (subcode "
-                        << U32(subcodes_[{id, info.seqNum}])
-                        << "), time=" << ms(info.roundTrip) << " ms\n";
-                    stats.add(info.roundTrip);
-                  });
-    time_.runFor((requests - 1) * config->txRate() + timeout);
-    summary(prefix, status->sequenceNum(), stats, out);
+    Session::PingSession::Options options;
+    options.count = requests;
+    options.timeout = timeout;
+    options.ttl = ttl;
+    Session::PingSession::Events events;
+    events.reply = [&out](const Session::Reply &reply) {
+      out << "seq=" << reply.seq << " reply from " << reply.from << ": "
+          << Orv::stringValue(reply.code) << " (subcode " << U32(reply.subcode)
+          << "), time=" << Session::msText(reply.roundTrip) << " ms\n";
+    };
+    events.timeout = [&out](U32 seq) {
+      out << "seq=" << seq << " no reply within " << timeout << " s\n";
+    };
+    events.done = [&out, &target](const Session::PingSession::Summary &s) {
+      summary(target.fec, s, out);
+    };
+    Session::PingSession session(host_, id, target, options, events);
+    time_.runFor((requests - 1) * options.interval + timeout);
   }
 
 private:
-  struct Stats {
-    U32 received = 0;
-    U32 min = 0;
-    U32 max = 0;
-    double sum = 0;
-    void add(U32 roundTrip) {
-      min = received == 0 ? roundTrip : std::min(min, roundTrip);
-      max = std::max(max, roundTrip);
-      sum += roundTrip;
-      ++received;
-    }
-  };
-
-  static void summary(const Wirx::IpGenPrefix &prefix, U32 sent,
-                      const Stats &stats, std::ostream &out) {
-    const U32 lost = sent - std::min(sent, stats.received);
+  static void summary(const Wirx::IpGenPrefix &prefix,
+                      const Session::PingSession::Summary &s,
+                      std::ostream &out) {
+    const U32 lost = s.sent - s.received;
     out << "--- " << prefix.stringValue() << " LSP ping statistics ---\n"
-        << sent << " requests sent, " << stats.received << " replies received, "
-        << (sent ? lost * 100 / sent : 0) << "% loss\n";
-    if (stats.received != 0) {
-      out << "round-trip min/avg/max = " << ms(stats.min) << "/"
-          << ms(U32(stats.sum / stats.received + 0.5)) << "/" << ms(stats.max)
-          << " ms\n";
+        << s.sent << " requests sent, " << s.received << " replies received, "
+        << (s.sent ? lost * 100 / s.sent : 0) << "% loss\n";
+    if (s.received != 0) {
+      out << "round-trip min/avg/max = " << Session::msText(s.minRoundTrip)
+          << "/" << Session::msText(s.avgRoundTrip()) << "/"
+          << Session::msText(s.maxRoundTrip) << " ms\n";
     }
   }
 
@@ -152,20 +115,120 @@ private:
   Netsim::Network network_{wheel_};
   Netsim::Router &pe1_ = network_.routerIs("pe1", IpAddr(0x0a000001));
   Netsim::Router &pe2_ = network_.routerIs("pe2", pe2Addr);
-  // Each reply's subcode, by sender handle and sequence number.
-  std::map<std::pair<U32, U32>, U8> subcodes_;
+  Netsim::SessionHost host_{pe1_};
 };
 
-void runDemo(std::ostream &out) {
-  Lab lab;
-  out << "Two routers in one process, on virtual time: pe1 Ethernet1 to pe2 "
-         "Ethernet1, "
-      << ms(U32(linkDelay * 1e6)) << " ms each way.\n\n"
-      << "A healthy LSP: pe2 is the egress of 10.0.0.2/32.\n";
-  lab.ping(1, pe2Addr, implicitNull, out);
-  out << "\nA broken LSP: pe1 sends label 1001, but pe2 bound 10.0.0.3/32 to "
-         "label 1000.\n";
-  lab.ping(2, farAddr, 1001, out);
+// Traces 10.0.0.5/32 from pe1 through the five routers of a TraceLab.
+class TraceDemo {
+public:
+  // A trace along the path of 127.0.0.1, hop by hop as the replies come.
+  void trace(std::ostream &out) {
+    out << "LSP trace " << header(false) << "\n";
+    Session::TraceSession::Events events;
+    events.hop = [&out](const Session::Hop &hop) {
+      out << Session::hopText(hop) << "\n";
+    };
+    bool done = false;
+    events.done = [&out, &done](const Session::Trace &trace) {
+      out << Session::traceSummary(trace);
+      done = true;
+    };
+    Session::TraceSession session(host_, 1, target(), options(false), events);
+    runUntil(done);
+  }
+
+  // A tree trace, path by path once every branch has been followed; `dot`
+  // gets it as a graph.
+  void treeTrace(std::ostream &out, std::ostream *dot) {
+    out << "LSP tree trace " << header(true) << "\n";
+    Session::TraceSession::Events events;
+    bool done = false;
+    events.done = [&out, dot, &done](const Session::Trace &trace) {
+      done = true;
+      for (std::size_t i = 0; i < trace.paths.size(); ++i) {
+        const Session::Path &path = trace.paths[i];
+        out << "path " << i + 1 << " of " << trace.paths.size() << " ("
+            << Session::destinationsText(path.destinations)
+            << "): " << Session::endText(path) << "\n";
+        for (const Session::Hop &hop : path.hops) {
+          out << Session::hopText(hop) << "\n";
+        }
+      }
+      out << Session::traceSummary(trace);
+      if (dot) {
+        Session::writeDot(trace, *dot);
+      }
+    };
+    Session::TraceSession session(host_, 2, target(), options(true), events);
+    runUntil(done);
+  }
+
+private:
+  void runUntil(const bool &done) {
+    while (!done) {
+      time_.runFor(timeout);
+    }
+  }
+
+  static Session::Target target() {
+    Session::Target target;
+    target.fec = Netsim::TraceLab::fec();
+    return target;
+  }
+
+  static Session::TraceSession::Options options(bool tree) {
+    Session::TraceSession::Options options;
+    options.maxTtl = traceTtlLimit;
+    options.timeout = timeout;
+    options.tree = tree;
+    options.destinations = treeDestinations;
+    return options;
+  }
+
+  std::string header(bool tree) const {
+    const Session::IngressPath path = host_.ingressPath(target());
+    std::string text = Netsim::TraceLab::fec().stringValue() +
+                       " (LDP), label " + path.labels.at(0).stringValue() +
+                       ", from " + lab_.pe1.name() + " on " + path.intf.name() +
+                       ", ";
+    if (tree) {
+      text += std::to_string(treeDestinations) + " destinations 127.0.0.1-" +
+              std::to_string(treeDestinations) + ", ";
+    }
+    return text + "TTL limit " + std::to_string(traceTtlLimit) + ", time-out " +
+           std::to_string(int(timeout)) + " s:";
+  }
+
+  Orv::Ptr<Kiv::TimerWheel> wheel_ = Orv::make<Kiv::TimerWheel>();
+  Kiv::VirtualTime time_{wheel_, start};
+  Netsim::Network network_{wheel_};
+  Netsim::TraceLab lab_{network_, linkDelay};
+  Netsim::SessionHost host_{lab_.pe1};
+};
+
+void runDemo(std::ostream &out, std::ostream *dot) {
+  {
+    PingLab lab;
+    out << "Two routers in one process, on virtual time: pe1 Ethernet1 to pe2 "
+           "Ethernet1, "
+        << Session::msText(U32(linkDelay * 1e6)) << " ms each way.\n\n"
+        << "A healthy LSP: pe2 is the egress of 10.0.0.2/32.\n";
+    lab.ping(1, pe2Addr, implicitNull, 255, out);
+    out << "\nA broken LSP: pe1 sends label 1001, but pe2 bound 10.0.0.3/32 to "
+           "label 1000.\n";
+    lab.ping(2, farAddr, 1001, 1, out);
+  }
+  TraceDemo demo;
+  out << "\nFive routers, " << Session::msText(U32(linkDelay * 1e6))
+      << " ms per link: pe1 10.0.0.1, p1 10.0.0.2, p2 10.0.0.3, p3 10.0.0.4, "
+         "pe2 10.0.0.5.\n"
+         "p1 spreads 10.0.0.5/32 over p2 and p3 (ECMP) by IP destination; both "
+         "pop to pe2, its egress.\n"
+         "The p3 branch is broken: p1 swaps to label 3006, but p3 bound "
+         "10.0.0.5/32 to 3005.\n\n";
+  demo.trace(out);
+  out << "\n";
+  demo.treeTrace(out, dot);
 }
 
 } // namespace
@@ -173,13 +236,34 @@ void runDemo(std::ostream &out) {
 void addDemoCommand(CLI::App &app, int &status) {
   CLI::App *cmd = app.add_subcommand(
       "demo",
-      "Ping two LSPs, a healthy one and a broken one, through an in-process "
-      "network of two routers that run the library's ping client and echo "
-      "responder on virtual time: no root, no setup. Prints a line per reply "
-      "(sequence number, return code and subcode, replying address, round "
-      "trip) and a summary per LSP.");
-  cmd->callback([&status] {
-    runDemo(std::cout);
+      "Run LSP pings and traces through in-process networks of routers that "
+      "run the library's ping client and echo responder on virtual time: no "
+      "root, no setup. Pings a healthy and a broken LSP between two routers "
+      "(a line per reply, a summary per LSP), then traces an LSP through five "
+      "routers with an ECMP split, one branch broken: a trace hop by hop, and "
+      "a tree trace that follows every branch.");
+  auto dotFile = std::make_shared<std::string>();
+  cmd->add_option("--dot", *dotFile,
+                  "Also write the tree trace as a Graphviz graph to FILE, for "
+                  "`dot -Tsvg`; - writes it to standard output instead of the "
+                  "report")
+      ->type_name("FILE");
+  cmd->callback([dotFile, &status] {
+    if (dotFile->empty()) {
+      runDemo(std::cout, nullptr);
+    } else if (*dotFile == "-") {
+      std::ostream discard(nullptr);
+      runDemo(discard, &std::cout);
+    } else {
+      std::ofstream dot(*dotFile);
+      if (!dot) {
+        std::cerr << "lspping: " << *dotFile << ": " << std::strerror(errno)
+                  << "\n";
+        status = exitError;
+        return;
+      }
+      runDemo(std::cout, &dot);
+    }
     status = exitOk;
   });
 }

@@ -35,7 +35,8 @@ Wirx::EthAddr mac(const char *text) { return *Wirx::EthAddr::fromString(text); }
 
 // Router a pings over its Ethernet1, linked to b's Ethernet1. b is the egress
 // of its own address and a transit router for two more FECs, whose labels it
-// swaps towards Ethernet2 (not linked: b answers every request itself).
+// swaps towards Ethernet2. Labelled requests go with TTL 1, so that b
+// answers them instead of switching them on.
 struct TwoRouters {
   explicit TwoRouters(bool aInterfaceUp = true) {
     b.intfIs(eth1, mac("02:00:00:00:0b:01"), IpAddr(0x0a010002), 30);
@@ -69,7 +70,7 @@ struct TwoRouters {
     config->srcEthAddrIs(mac("02:00:00:00:0a:01"));
     config->tunnelNexthopEthAddrIs(b.ethAddr(eth1));
     config->mplsLabelIs(0, MplsLabel(label));
-    config->mplsTtlIs(0, 255);
+    config->mplsTtlIs(0, 1);
     config->txRateIs(1);
     config->pktDelayIs(1);
     config->txCountIs(count);

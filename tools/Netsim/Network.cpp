@@ -1,5 +1,7 @@
 #include "Netsim/Network.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "Orv/Assert.h"
@@ -45,8 +47,9 @@ Router *Network::addrOwner(const Wirx::IpGenAddr &addr) const {
 Link &Network::linkIs(Router &a, const Wirx::IntfId &aIntfId, Router &b,
                       const Wirx::IntfId &bIntfId, double delay) {
   ORV_ASSERT(!a.link(aIntfId) && !b.link(bIntfId));
-  links_.push_back(std::make_unique<Link>(*timerWheel_, Link::End{&a, aIntfId},
+  links_.push_back(std::make_unique<Link>(*this, Link::End{&a, aIntfId},
                                           Link::End{&b, bIntfId}, delay));
+  linksChanged();
   Link &link = *links_.back();
   a.linkIs(aIntfId, &link);
   b.linkIs(bIntfId, &link);
@@ -54,15 +57,51 @@ Link &Network::linkIs(Router &a, const Wirx::IntfId &aIntfId, Router &b,
 }
 
 double Network::pathDelay(const Router &from, const Router &to) const {
-  bool linked = false;
-  double delay = 0;
-  for (const auto &link : links_) {
-    if (link->joins(from, to) && (!linked || link->delay() < delay)) {
-      linked = true;
-      delay = link->delay();
+  const auto [known, added] = pathDelays_.try_emplace({&from, &to}, 0.0);
+  if (added) {
+    known->second = quickestPath(from, to);
+  }
+  return known->second;
+}
+
+// Dijkstra over the routers, in their order of creation: networks here are
+// a handful of routers, so a scan for the nearest one beats a heap.
+double Network::quickestPath(const Router &from, const Router &to) const {
+  constexpr double unreached = std::numeric_limits<double>::infinity();
+  const std::size_t count = routers_.size();
+  std::vector<double> delay(count, unreached);
+  std::vector<bool> done(count, false);
+  const auto index = [this](const Router *router) {
+    std::size_t i = 0;
+    while (routers_[i].get() != router) {
+      ++i;
+    }
+    return i;
+  };
+  delay[index(&from)] = 0;
+  for (std::size_t round = 0; round < count; ++round) {
+    std::size_t nearest = count;
+    for (std::size_t i = 0; i < count; ++i) {
+      if (!done[i] && delay[i] != unreached &&
+          (nearest == count || delay[i] < delay[nearest])) {
+        nearest = i;
+      }
+    }
+    if (nearest == count) {
+      break;
+    }
+    done[nearest] = true;
+    for (const auto &link : links_) {
+      for (int end = 0; end < 2; ++end) {
+        if (link->up() && link->end(end).router == routers_[nearest].get()) {
+          const std::size_t next = index(link->end(1 - end).router);
+          delay[next] = std::min(delay[next], delay[nearest] + link->delay());
+        }
+      }
     }
   }
-  return linked ? delay : defaultDelay_;
+  const double found = delay[index(&to)];
+  return &from != &to && found != unreached ? found : defaultDelay_;
 }
 
 bool Network::datagramIs(const Router &from, Datagram datagram) {

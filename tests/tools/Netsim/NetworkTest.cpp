@@ -161,6 +161,19 @@ TEST(Network, DatagramsReachTheOwnerOfTheirDestination) {
   EXPECT_EQ(net.network.pathDelay(net.a, c), net.network.defaultDelay());
 }
 
+// Datagrams take the quickest path over links that are up, hop by hop.
+TEST(Network, DatagramsTakeTheQuickestPathOverLinksThatAreUp) {
+  Net net;
+  Router &c = net.network.routerIs("c", IpAddr(0x0a000003));
+  net.network.linkIs(net.b, eth2, c, eth1, 0.003);
+  Link &direct = net.network.linkIs(net.a, eth2, c, eth2, 0.010);
+  EXPECT_EQ(net.network.pathDelay(net.a, c), 0.005) << "over b";
+  net.link.upIs(false);
+  EXPECT_EQ(net.network.pathDelay(c, net.a), 0.010) << "direct";
+  direct.upIs(false);
+  EXPECT_EQ(net.network.pathDelay(net.a, c), net.network.defaultDelay());
+}
+
 TEST(Network, DatagramsNobodyTakesAreLost) {
   Net net;
   UdpPam &tx = *net.a.clientUdpPam();

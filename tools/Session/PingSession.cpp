@@ -1,0 +1,116 @@
+#include "Session/PingSession.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "Orv/Clock.h"
+
+namespace Session {
+
+Wirx::IpGenAddr loopbackDestination(const Wirx::IpGenAddr &src) {
+  if (src.isIpv6()) {
+    return Wirx::Ip6Addr(Wirx::Ip6Addr::Bytes{0, 0, 0, 0, 0, 0, 0, 0, 0, 0,
+                                              0xff, 0xff, 127, 0, 0, 1});
+  }
+  return Wirx::IpAddr(0x7f000001);
+}
+
+PingSession::PingSession(const Host &host, Orv::U32 clientId,
+                         const Target &target, const Options &options,
+                         Events events)
+    : options_(options), events_(std::move(events)),
+      ingress_(host.ingressPath(target)),
+      sendTimer_(host.timerWheel(), [this] { handleSendTimer(); }),
+      timeoutTimer_(host.timerWheel(), [this] { handleTimeoutTimer(); }) {
+  if (std::string error = unusable(ingress_); !error.empty()) {
+    finish(std::move(error));
+    return;
+  }
+  dst_ = !options_.dst ? loopbackDestination(ingress_.src) : options_.dst;
+  client_.emplace(host, clientId, LspPing::LspPingMode::modeLspPing, target,
+                  ingress_, [this](const Reply &reply) { handleReply(reply); });
+  handleSendTimer();
+}
+
+void PingSession::handleSendTimer() {
+  const Orv::U32 seq = client_->requestIs(
+      options_.ttl, LspPing::LspPingDownstreamMappingInfo(), dst_);
+  if (seq == 0) {
+    finish(client_->reason());
+    return;
+  }
+  ++summary_.sent;
+  outstanding_.push_back(Outstanding{seq, Orv::now() + options_.timeout});
+  timeoutTimerIs();
+  if (options_.count == 0 || summary_.sent < options_.count) {
+    sendTimer_.timeMinIs(Orv::now() + options_.interval);
+  }
+}
+
+// Also where a finished session reports, from the wheel rather than from
+// within the library's reactions, so that its owner may destroy it.
+void PingSession::handleTimeoutTimer() {
+  if (finished_) {
+    client_.reset();
+    if (events_.done) {
+      events_.done(summary_);
+    }
+    return;
+  }
+  lostUntil(Orv::now());
+}
+
+void PingSession::handleReply(const Reply &reply) {
+  if (finished_) {
+    return;
+  }
+  const auto it =
+      std::find_if(outstanding_.begin(), outstanding_.end(),
+                   [&](const Outstanding &o) { return o.seq == reply.seq; });
+  if (it == outstanding_.end()) {
+    return;
+  }
+  outstanding_.erase(it);
+  summary_.minRoundTrip =
+      summary_.received == 0 ? reply.roundTrip
+                             : std::min(summary_.minRoundTrip, reply.roundTrip);
+  summary_.maxRoundTrip = std::max(summary_.maxRoundTrip, reply.roundTrip);
+  summary_.sumRoundTrip += reply.roundTrip;
+  ++summary_.received;
+  if (events_.reply) {
+    events_.reply(reply);
+  }
+  lostUntil(Orv::now());
+}
+
+// Declares lost what is due by `now`, and ends the ping once nothing is
+// left to send or to wait for.
+void PingSession::lostUntil(double now) {
+  while (!outstanding_.empty() && outstanding_.front().deadline <= now) {
+    const Orv::U32 seq = outstanding_.front().seq;
+    outstanding_.erase(outstanding_.begin());
+    if (events_.timeout) {
+      events_.timeout(seq);
+    }
+  }
+  if (options_.count != 0 && summary_.sent == options_.count &&
+      outstanding_.empty()) {
+    finish("");
+    return;
+  }
+  timeoutTimerIs();
+}
+
+void PingSession::timeoutTimerIs() {
+  timeoutTimer_.timeMinIs(outstanding_.empty() ? Kiv::Timer::never
+                                               : outstanding_.front().deadline);
+}
+
+void PingSession::finish(std::string error) {
+  finished_ = true;
+  summary_.error = std::move(error);
+  sendTimer_.timeMinIs(Kiv::Timer::never);
+  timeoutTimer_.timeMinIs(Orv::now());
+}
+
+} // namespace Session

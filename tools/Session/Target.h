@@ -1,0 +1,28 @@
+#pragma once
+
+#include <vector>
+
+#include "LspPing/LspPingTunnelType.h"
+#include "Wirx/IntfId.h"
+#include "Wirx/IpGenAddr.h"
+#include "Wirx/IpGenPrefix.h"
+#include "Wirx/MplsLabel.h"
+
+namespace Session {
+
+// What a session pings or traces: the FEC, and optionally the path to send
+// on. Left empty, the path is the host's own route to the FEC.
+struct Target {
+  LspPing::LspPingTunnelType tunnelType =
+      LspPing::LspPingTunnelType::tunnelLdpIpv4;
+  Wirx::IpGenPrefix fec;
+  // The labels to push, outermost first; empty: the host's route decides,
+  // and so do the interface and next hop below.
+  std::vector<Wirx::MplsLabel> labels;
+  Wirx::IntfId intf;
+  Wirx::IpGenAddr nexthop;
+  // The requests' IP source; unset: the host's address on the interface.
+  Wirx::IpGenAddr src;
+};
+
+} // namespace Session
