@@ -81,35 +81,19 @@ public:
     options.ttl = ttl;
     Session::PingSession::Events events;
     events.reply = [&out](const Session::Reply &reply) {
-      out << "seq=" << reply.seq << " reply from " << reply.from << ": "
-          << Orv::stringValue(reply.code) << " (subcode " << U32(reply.subcode)
-          << "), time=" << Session::msText(reply.roundTrip) << " ms\n";
+      out << Session::pingReplyText(reply) << "\n";
     };
     events.timeout = [&out](U32 seq) {
-      out << "seq=" << seq << " no reply within " << timeout << " s\n";
+      out << Session::pingLostText(seq) << "\n";
     };
     events.done = [&out, &target](const Session::PingSession::Summary &s) {
-      summary(target.fec, s, out);
+      out << Session::pingSummary(target.fec.stringValue(), s);
     };
     Session::PingSession session(host_, id, target, options, events);
     time_.runFor((requests - 1) * options.interval + timeout);
   }
 
 private:
-  static void summary(const Wirx::IpGenPrefix &prefix,
-                      const Session::PingSession::Summary &s,
-                      std::ostream &out) {
-    const U32 lost = s.sent - s.received;
-    out << "--- " << prefix.stringValue() << " LSP ping statistics ---\n"
-        << s.sent << " requests sent, " << s.received << " replies received, "
-        << (s.sent ? lost * 100 / s.sent : 0) << "% loss\n";
-    if (s.received != 0) {
-      out << "round-trip min/avg/max = " << Session::msText(s.minRoundTrip)
-          << "/" << Session::msText(s.avgRoundTrip()) << "/"
-          << Session::msText(s.maxRoundTrip) << " ms\n";
-    }
-  }
-
   Orv::Ptr<Kiv::TimerWheel> wheel_ = Orv::make<Kiv::TimerWheel>();
   Kiv::VirtualTime time_{wheel_, start};
   Netsim::Network network_{wheel_};
@@ -130,7 +114,7 @@ public:
     };
     bool done = false;
     events.done = [&out, &done](const Session::Trace &trace) {
-      out << Session::traceSummary(trace);
+      out << Session::traceSummary(trace, trace.target.fec.stringValue());
       done = true;
     };
     Session::TraceSession session(host_, 1, target(), options(false), events);
@@ -154,7 +138,7 @@ public:
           out << Session::hopText(hop) << "\n";
         }
       }
-      out << Session::traceSummary(trace);
+      out << Session::traceSummary(trace, trace.target.fec.stringValue());
       if (dot) {
         Session::writeDot(trace, *dot);
       }

@@ -1,17 +1,13 @@
 #include "tools/ResponderDaemon.h"
 
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <cstring>
 #include <exception>
 #include <system_error>
 
 #include "LspPing/LspPingConstant.h"
+#include "tools/RawSockets.h"
 #include "tools/TraceCapture.h"
 
 namespace LspPingTool {
@@ -39,24 +35,6 @@ std::string describe(const Interface::LinuxIntf &intf) {
     text += ", no carrier";
   }
   return text;
-}
-
-// Raw sockets are refused to a process without the privilege only when
-// one is opened: asked at start, so that a daemon waiting for interfaces
-// to come up does not find out later.
-std::string rawSocketsRefused() {
-  const int fd = socket(AF_PACKET, SOCK_RAW | SOCK_CLOEXEC, 0);
-  if (fd >= 0) {
-    close(fd);
-    return "";
-  }
-  const int errnum = errno;
-  std::string why =
-      std::string("cannot open raw sockets: ") + std::strerror(errnum);
-  if (errnum == EPERM || errnum == EACCES) {
-    why += " (raw sockets need root or CAP_NET_RAW)";
-  }
-  return why;
 }
 
 // A counter's name for what the responder traced on dropping a request:

@@ -9,6 +9,7 @@
 #include "tools/DecodeCommand.h"
 #include "tools/DemoCommand.h"
 #include "tools/ExitStatus.h"
+#include "tools/PingCommand.h"
 #include "tools/RespondCommand.h"
 #include "tools/ResponderCommand.h"
 #include "tools/StandardOutput.h"
@@ -36,7 +37,8 @@ int main(int argc, char **argv) {
   LspPingTool::checkStandardOutput();
   CLI::App app{"Decodes and crafts MPLS LSP echo requests and replies, "
                "answers requests as a router would, from a capture or on this "
-               "host's interfaces, and pings through an in-process network."};
+               "host's interfaces, and pings and traces LSPs from this host or "
+               "through an in-process network."};
   app.set_version_flag("--version", "lspping " LSPPING_VERSION);
   app.footer("Exit status: 0 all went well, 1 the data said no (a frame that "
              "is no valid echo message, a request left unanswered), 2 a "
@@ -52,6 +54,7 @@ int main(int argc, char **argv) {
   LspPingTool::addCraftCommand(app, status);
   LspPingTool::addRespondCommand(app, status);
   LspPingTool::addResponderCommand(app, status);
+  LspPingTool::addPingCommands(app, status);
   LspPingTool::addDemoCommand(app, status);
   try {
     app.parse(argc, argv);

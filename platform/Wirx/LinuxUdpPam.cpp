@@ -130,6 +130,11 @@ LinuxUdpPam::LinuxUdpPam(Kiv::EventLoop &loop, AddrFamily family, Orv::U16 port,
 
 LinuxUdpPam::~LinuxUdpPam() { loop_.fdDel(fd_.get()); }
 
+bool LinuxUdpPam::rxBufferIs(int bytes) {
+  return setIntOption(fd_.get(), SOL_SOCKET, SO_RCVBUFFORCE, bytes) ||
+         setIntOption(fd_.get(), SOL_SOCKET, SO_RCVBUF, bytes);
+}
+
 void LinuxUdpPam::txPktIs(const Orv::Ptr<Pkt> &pkt) {
   int errnum = txAddressingError();
   if (errnum == 0 && txDstAddr().af() != family_) {
@@ -229,12 +234,12 @@ void LinuxUdpPam::txFailed(const Queued &queued, int errnum) {
 }
 
 void LinuxUdpPam::handleReadable() {
-  mayReceive_ = true;
+  mayReceive_ = rxBatches_;
   readableCountInc(1);
 }
 
 void LinuxUdpPam::doGetRxPkt() {
-  if (readyNext_ == readyCount_ && mayReceive_) {
+  if (readyNext_ == readyCount_ && mayReceive_ > 0) {
     receiveBatch();
   }
   if (readyNext_ == readyCount_) {
@@ -247,7 +252,7 @@ void LinuxUdpPam::doGetRxPkt() {
 }
 
 void LinuxUdpPam::receiveBatch() {
-  mayReceive_ = false;
+  --mayReceive_;
   readyCount_ = 0;
   readyNext_ = 0;
   for (std::size_t i = 0; i < batchSize; ++i) {
@@ -265,6 +270,10 @@ void LinuxUdpPam::receiveBatch() {
   }
   const int count =
       recvmmsg(fd_.get(), msgs_.data(), batchSize, MSG_DONTWAIT, nullptr);
+  // A batch short of full emptied the socket.
+  if (count < int(batchSize)) {
+    mayReceive_ = 0;
+  }
   if (count < 0) {
     const int errnum = errno;
     if (errnum != EAGAIN && errnum != EWOULDBLOCK && errnum != EINTR) {

@@ -3,6 +3,7 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
 #include <functional>
 #include <string>
@@ -22,8 +23,10 @@ namespace Wirx {
 // address the kernel picks by route when it is unset or the wildcard.
 //
 // Readiness of the socket raises the readable count by one; readers then
-// take payloads with rxPkt() until it returns null, which it does after at
-// most one batch (one system call for up to batchSize datagrams).
+// take payloads with rxPkt() until it returns null, which it does once the
+// socket is empty or after at most rxBatches() batches (one system call
+// for up to batchSize datagrams each; one batch unless the host says
+// more), so that a busy socket does not starve the loop's other work.
 //
 // Sending is one system call per payload, unless the host holds the module
 // (txHoldIs): payloads then wait, up to batchSize, and leave together with
@@ -60,6 +63,17 @@ public:
   // Ending a hold sends what waits.
   void txHoldIs(bool hold);
   void txDoneIs(TxDone done) { txDone_ = std::move(done); }
+
+  Orv::U32 rxBatches() const { return rxBatches_; }
+  // How many batches one readiness lets readers take: a host whose other
+  // work comes in large turns (many requests sent per timer pass) reads
+  // more per turn, or its socket overflows. At least one.
+  void rxBatchesIs(Orv::U32 batches) { rxBatches_ = std::max(batches, 1u); }
+
+  // Asks for a kernel receive buffer of `bytes`, past the system's limit
+  // where the process may (root may); false when the kernel refuses. What
+  // arrives while the buffer is full is dropped by the kernel.
+  bool rxBufferIs(int bytes);
 
   AddrFamily family() const { return family_; }
   // The last failure, "udp4 port 3503: WHAT: REASON"; empty until one.
@@ -100,7 +114,9 @@ private:
   LinuxFd fd_;
   const std::string label_;
   std::string error_;
-  bool mayReceive_ = false;
+  // Batches readers may still take since the last readiness.
+  Orv::U32 mayReceive_ = 0;
+  Orv::U32 rxBatches_ = 1;
   std::array<Slot, batchSize> slots_;
   std::array<iovec, batchSize> iovecs_{};
   std::array<mmsghdr, batchSize> msgs_{};

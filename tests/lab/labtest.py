@@ -111,6 +111,14 @@ class Lab:
         decoded = map(json.loads, run_lspping("decode", "--json", str(out)).splitlines())
         return [Reply(source, d) for source, d in zip(sources, decoded)]
 
+    def command(self, router, *arguments):
+        """The command line that runs lspping with `arguments` in a router."""
+        return [str(LAB), "exec", self.name, router, "--", LSPPING, *map(str, arguments)]
+
+    def lspping(self, router, *arguments):
+        """Runs lspping in a router to its end: its status, output and errors."""
+        return subprocess.run(self.command(router, *arguments), capture_output=True, text=True)
+
     def events(self, router, kind):
         """The responder's --json events of one kind, so far."""
         path = self.dir / f"{router}.out"

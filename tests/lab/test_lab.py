@@ -142,12 +142,13 @@ class LifecycleTest(unittest.TestCase):
 class SplitTest(unittest.TestCase):
     LDP = ("--src", "10.255.0.1", "--fec", "ldp=10.255.0.4/32", "--label", "1004/ttl=2")
     SR6 = ("--src", "2001:db8:ff::1", "--fec", "sr=2001:db8:ff::4/128", "--label", "16104/ttl=2")
-    # (the request, its destination, the transit of the branch it takes)
+    # (the request, its destination, the transit of the branch it takes,
+    # which replies from its interface towards pe1)
     CASES = [
-        (LDP, "127.0.0.2", "10.255.0.3"),
-        (LDP, "127.0.0.3", "10.255.0.5"),
-        (SR6, "::ffff:127.0.0.2", "2001:db8:ff::3"),
-        (SR6, "::ffff:127.0.0.3", "2001:db8:ff::5"),
+        (LDP, "127.0.0.2", "10.0.23.3"),
+        (LDP, "127.0.0.3", "10.0.25.5"),
+        (SR6, "::ffff:127.0.0.2", "2001:db8:23::3"),
+        (SR6, "::ffff:127.0.0.3", "2001:db8:25::5"),
     ]
 
     @classmethod

@@ -99,7 +99,7 @@ TEST_F(CommandLine, ExitStatusAndMessage) {
   const Case cases[] = {
       {"bogus", 2,
        "lspping: unknown subcommand 'bogus': expected decode, craft, respond, "
-       "responder or demo (see --help)\n"},
+       "responder, ping, trace or demo (see --help)\n"},
       {"", 2, "lspping: A subcommand is required (see --help)\n"},
       {"decode", 2, "lspping: FILE is required (see --help)\n"},
       {"--help", 0, ""},
@@ -180,6 +180,21 @@ TEST_F(CommandLine, ExitStatusAndMessage) {
        2,
        "lspping responder: --reply-source ::2: a second address of its "
        "family\n"},
+
+      {"ping", 2,
+       "lspping ping: FEC is missing: ldp, rsvp, sr, nil, static or pw\n"},
+      {"ping ldp 10.0.0.9/32 -i 0", 2,
+       "lspping: -i: 0 is not a number of seconds above 0 (see --help)\n"},
+      {"ping --fec-file %D/missing.txt", 2,
+       "lspping ping: %D/missing.txt: No such file or directory\n"},
+      {"ping --fec-file %D/empty.pcap ldp 10.0.0.9/32", 2,
+       "lspping ping: --fec-file %D/empty.pcap: the FECs come from the file, "
+       "not the command line\n"},
+      {"trace ldp 10.0.0.9/32 --label 16/ttl=2", 2,
+       "lspping trace: --label: a trace sets the labels' TTL itself, hop by "
+       "hop\n"},
+      {"trace ldp 10.0.0.9/32 -m 0", 2,
+       "lspping: --max-ttl: Value 0 not in range 1 to 255 (see --help)\n"},
   };
   const std::set<std::string> fixtures = files();
   for (const Case &c : cases) {
@@ -210,6 +225,14 @@ TEST_F(CommandLine, HelpDocumentsEveryOption) {
       {"responder",
        {"--state", "-I,--interface", "--rate", "--burst", "--reply-source",
         "--json", "-v,--verbose", "Examples"}},
+      {"ping",
+       {"FEC", "--label", "-I,--interface", "--nexthop ", "--nexthop-mac",
+        "-s,--source", "--destination", "--tc", "--lsp-id", "--ext-tunnel-id",
+        "--sender", "--igp", "--pw-type", "-c ", "-i ", "-W ", "--fec-file",
+        "-q,--quiet", "--json", "Examples"}},
+      {"trace",
+       {"FEC", "--label", "-m,--max-ttl", "-W ", "--multipath", "--dot",
+        "--fec-file", "-q,--quiet", "--json", "Examples"}},
   };
   for (const auto &[subcommand, options] : helps) {
     const auto run = runLspping(subcommand + " --help");

@@ -32,27 +32,28 @@ TEST(DemoCommand, PingsAHealthyAndABrokenLsp) {
       "Ethernet1:"};
   for (int seq = 1; seq <= 5; ++seq) {
     expected.push_back("seq=" + std::to_string(seq) +
-                       " reply from 10.0.0.2: repRouterEgress (subcode 1), "
-                       "time=31.250 ms");
+                       " reply from 10.0.0.2: repRouterEgress (code 3, "
+                       "subcode 1) time=31.250 ms");
   }
   expected.insert(
       expected.end(),
       {"--- 10.0.0.2/32 LSP ping statistics ---",
        "5 requests sent, 5 replies received, 0% loss",
-       "round-trip min/avg/max = 31.250/31.250/31.250 ms", "",
+       "round-trip min/avg/max/mdev = 31.250/31.250/31.250/0.000 ms", "",
        "A broken LSP: pe1 sends label 1001, but pe2 bound 10.0.0.3/32 to "
        "label 1000.",
        "LSP ping 10.0.0.3/32 (LDP), label 1001, TTL 1, from pe1 on "
        "Ethernet1:"});
   for (int seq = 1; seq <= 5; ++seq) {
     expected.push_back("seq=" + std::to_string(seq) +
-                       " reply from 10.0.0.2: labelMappingMismatch (subcode "
-                       "1), time=31.250 ms");
+                       " reply from 10.0.0.2: labelMappingMismatch (code "
+                       "10, subcode 1) time=31.250 ms");
   }
-  expected.insert(expected.end(),
-                  {"--- 10.0.0.3/32 LSP ping statistics ---",
-                   "5 requests sent, 5 replies received, 0% loss",
-                   "round-trip min/avg/max = 31.250/31.250/31.250 ms", ""});
+  expected.insert(
+      expected.end(),
+      {"--- 10.0.0.3/32 LSP ping statistics ---",
+       "5 requests sent, 5 replies received, 0% loss",
+       "round-trip min/avg/max/mdev = 31.250/31.250/31.250/0.000 ms", ""});
   const std::vector<std::string> all = lines(run.output);
   ASSERT_GE(all.size(), expected.size());
   EXPECT_EQ(

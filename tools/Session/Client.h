@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "LspPing/LspPingClientConfig.h"
 #include "LspPing/LspPingClientStatus.h"
@@ -18,7 +19,8 @@ namespace Session {
 // request is sent on demand, so that a session can change the TTL, the
 // downstream mapping and the IP destination from one request to the next.
 // Every reply recorded in the client's status is handed on with its
-// subcode. The configuration goes when the client does.
+// subcode, and then leaves the status. The configuration goes when the
+// client does.
 class Client : private Orv::Reactor {
 public:
   using ReplyHandler = std::function<void(const Reply &)>;
@@ -41,7 +43,19 @@ public:
                      const LspPing::LspPingDownstreamMappingInfo &dsMapping,
                      const Wirx::IpGenAddr &dst);
 
+  // Has the library's transmit state machine send `count` requests (0:
+  // without end) `interval` seconds apart, the first at once, all alike:
+  // TTL `ttl` on every label (or, for the first labels, the TTLs of
+  // `labelTtls`, outermost first), no downstream mapping, to IP
+  // destination `dst`. `onSent` is told each one's sequence number as it
+  // leaves. False when the client cannot send.
+  using SentHandler = std::function<void(Orv::U32 seq)>;
+  bool requestsIs(Orv::U32 count, double interval, Orv::U8 ttl,
+                  const std::vector<Orv::U8> &labelTtls,
+                  const Wirx::IpGenAddr &dst, SentHandler onSent);
+
 private:
+  void ttlsIs(Orv::U8 ttl, const std::vector<Orv::U8> &labelTtls);
   void handleReply(Orv::U8 slot);
 
   const Host &host_;
@@ -49,6 +63,7 @@ private:
   const Orv::Ptr<LspPing::LspPingClientConfig> config_;
   const Orv::Ptr<LspPing::LspPingClientStatus> status_;
   ReplyHandler onReply_;
+  SentHandler onSent_;
 };
 
 } // namespace Session

@@ -48,6 +48,11 @@ std::string codeText(LspPing::LspPingReturnCode code, Orv::U8 subcode) {
          std::to_string(subcode) + ")";
 }
 
+std::string codeNameText(LspPing::LspPingReturnCode code, Orv::U8 subcode) {
+  return Orv::stringValue(code) + " (code " + std::to_string(Orv::U32(code)) +
+         ", subcode " + std::to_string(subcode) + ")";
+}
+
 std::string msText(Orv::U32 micros) {
   char text[32];
   std::snprintf(text, sizeof text, "%.3f", micros / 1000.0);
@@ -162,9 +167,40 @@ std::string routeText(const Path &path) {
   return text;
 }
 
-std::string traceSummary(const Trace &trace) {
-  std::string text = "--- " + trace.target.fec.stringValue() +
-                     (trace.tree ? " LSP tree trace: " : " LSP trace: ");
+std::string pingReplyText(const Reply &reply) {
+  return "seq=" + std::to_string(reply.seq) + " reply from " +
+         reply.from.stringValue() + ": " +
+         codeNameText(reply.code, reply.subcode) +
+         " time=" + msText(reply.roundTrip) + " ms";
+}
+
+std::string pingLostText(Orv::U32 seq) {
+  return "seq=" + std::to_string(seq) + " no reply";
+}
+
+std::string pingSummary(const std::string &name,
+                        const PingSession::Summary &summary) {
+  const Orv::U32 lost = summary.sent - summary.received;
+  std::string text =
+      "--- " + name + " LSP ping statistics ---\n" +
+      std::to_string(summary.sent) + " requests sent, " +
+      std::to_string(summary.received) + " replies received, " +
+      std::to_string(summary.sent ? lost * 100 / summary.sent : 0) + "% loss\n";
+  if (summary.received != 0) {
+    text += "round-trip min/avg/max/mdev = " + msText(summary.minRoundTrip) +
+            "/" + msText(summary.avgRoundTrip()) + "/" +
+            msText(summary.maxRoundTrip) + "/" +
+            msText(summary.mdevRoundTrip()) + " ms\n";
+  }
+  if (!summary.error.empty()) {
+    text += "stopped: " + summary.error + "\n";
+  }
+  return text;
+}
+
+std::string traceSummary(const Trace &trace, const std::string &name) {
+  std::string text =
+      "--- " + name + (trace.tree ? " LSP tree trace: " : " LSP trace: ");
   if (!trace.error.empty()) {
     return text + trace.error + "\n";
   }

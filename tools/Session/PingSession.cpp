@@ -1,6 +1,7 @@
 #include "Session/PingSession.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "Orv/Clock.h"
@@ -15,12 +16,20 @@ Wirx::IpGenAddr loopbackDestination(const Wirx::IpGenAddr &src) {
   return Wirx::IpAddr(0x7f000001);
 }
 
+Orv::U32 PingSession::Summary::mdevRoundTrip() const {
+  if (received == 0) {
+    return 0;
+  }
+  const double mean = double(sumRoundTrip) / received;
+  const double variance = sumSquaredRoundTrip / received - mean * mean;
+  return Orv::U32(std::lround(std::sqrt(std::max(variance, 0.0))));
+}
+
 PingSession::PingSession(const Host &host, Orv::U32 clientId,
                          const Target &target, const Options &options,
                          Events events)
     : options_(options), events_(std::move(events)),
       ingress_(host.ingressPath(target)),
-      sendTimer_(host.timerWheel(), [this] { handleSendTimer(); }),
       timeoutTimer_(host.timerWheel(), [this] { handleTimeoutTimer(); }) {
   if (std::string error = unusable(ingress_); !error.empty()) {
     finish(std::move(error));
@@ -29,22 +38,20 @@ PingSession::PingSession(const Host &host, Orv::U32 clientId,
   dst_ = !options_.dst ? loopbackDestination(ingress_.src) : options_.dst;
   client_.emplace(host, clientId, LspPing::LspPingMode::modeLspPing, target,
                   ingress_, [this](const Reply &reply) { handleReply(reply); });
-  handleSendTimer();
+  if (!client_->requestsIs(options_.count, options_.interval, options_.ttl,
+                           options_.labelTtls, dst_,
+                           [this](Orv::U32 seq) { handleSent(seq); })) {
+    finish(client_->reason());
+  }
 }
 
-void PingSession::handleSendTimer() {
-  const Orv::U32 seq = client_->requestIs(
-      options_.ttl, LspPing::LspPingDownstreamMappingInfo(), dst_);
-  if (seq == 0) {
-    finish(client_->reason());
+void PingSession::handleSent(Orv::U32 seq) {
+  if (finished_) {
     return;
   }
   ++summary_.sent;
   outstanding_.push_back(Outstanding{seq, Orv::now() + options_.timeout});
   timeoutTimerIs();
-  if (options_.count == 0 || summary_.sent < options_.count) {
-    sendTimer_.timeMinIs(Orv::now() + options_.interval);
-  }
 }
 
 // Also where a finished session reports, from the wheel rather than from
@@ -76,6 +83,7 @@ void PingSession::handleReply(const Reply &reply) {
                              : std::min(summary_.minRoundTrip, reply.roundTrip);
   summary_.maxRoundTrip = std::max(summary_.maxRoundTrip, reply.roundTrip);
   summary_.sumRoundTrip += reply.roundTrip;
+  summary_.sumSquaredRoundTrip += double(reply.roundTrip) * reply.roundTrip;
   ++summary_.received;
   if (events_.reply) {
     events_.reply(reply);
@@ -109,7 +117,6 @@ void PingSession::timeoutTimerIs() {
 void PingSession::finish(std::string error) {
   finished_ = true;
   summary_.error = std::move(error);
-  sendTimer_.timeMinIs(Kiv::Timer::never);
   timeoutTimer_.timeMinIs(Orv::now());
 }
 

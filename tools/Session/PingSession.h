@@ -15,6 +15,8 @@ namespace Session {
 
 // An LSP ping: `count` requests `interval` seconds apart, the first at
 // once, each answered or declared lost `timeout` seconds after it left.
+// The library's transmit state machine sends them, as it sends any
+// client's requests, unattended.
 // Events come as they happen; `done` comes last, once every request is
 // answered or lost (never for a ping without end), or at once when the
 // ping cannot start.
@@ -26,6 +28,8 @@ public:
     double interval = 1;
     double timeout = 2;
     Orv::U8 ttl = 255;
+    // The TTLs of the first labels, outermost first, in place of `ttl`.
+    std::vector<Orv::U8> labelTtls;
     // The requests' IP destination; unset: 127.0.0.1, or ::ffff:127.0.0.1
     // from an IPv6 source.
     Wirx::IpGenAddr dst;
@@ -41,12 +45,18 @@ public:
     Orv::U32 minRoundTrip = 0;
     Orv::U32 maxRoundTrip = 0;
     Orv::U64 sumRoundTrip = 0;
+    // Squares summed in a double: a U64 would overflow after a few million
+    // round trips of seconds.
+    double sumSquaredRoundTrip = 0;
 
     // Rounded to the microsecond; 0 with no reply.
     Orv::U32 avgRoundTrip() const {
       return received == 0 ? 0
                            : Orv::U32((sumRoundTrip + received / 2) / received);
     }
+    // The mean deviation as ping reports it, the standard deviation of the
+    // round trips, rounded to the microsecond; 0 with no reply.
+    Orv::U32 mdevRoundTrip() const;
   };
 
   struct Events {
@@ -72,7 +82,7 @@ private:
     double deadline;
   };
 
-  void handleSendTimer();
+  void handleSent(Orv::U32 seq);
   void handleTimeoutTimer();
   void handleReply(const Reply &reply);
   void lostUntil(double now);
@@ -88,7 +98,6 @@ private:
   // Requests sent and not yet answered, oldest first.
   std::vector<Outstanding> outstanding_;
   bool finished_ = false;
-  Kiv::Timer sendTimer_;
   Kiv::Timer timeoutTimer_;
 };
 

@@ -2,7 +2,10 @@
 
 #include <vector>
 
+#include "LspPing/LspPingPwInfo.h"
 #include "LspPing/LspPingTunnelType.h"
+#include "Rsvp/RsvpSpId.h"
+#include "Wirx/EthAddr.h"
 #include "Wirx/IntfId.h"
 #include "Wirx/IpGenAddr.h"
 #include "Wirx/IpGenPrefix.h"
@@ -21,8 +24,17 @@ struct Target {
   std::vector<Wirx::MplsLabel> labels;
   Wirx::IntfId intf;
   Wirx::IpGenAddr nexthop;
+  // The next hop's MAC address; unset: the host finds it.
+  Wirx::EthAddr nexthopEthAddr;
   // The requests' IP source; unset: the host's address on the interface.
   Wirx::IpGenAddr src;
+  // The traffic class of every label pushed.
+  Orv::U8 tc = 0;
+  // What the Target FEC Stack names besides the prefix: the RSVP-TE LSP
+  // and its sender for tunnelRsvpIpv4, the pseudowire for tunnelPwLdp.
+  Rsvp::RsvpSpId rsvp;
+  Wirx::IpGenAddr rsvpSender;
+  LspPing::LspPingPwInfo pw;
 };
 
 } // namespace Session

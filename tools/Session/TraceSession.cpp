@@ -169,11 +169,14 @@ TraceSession::TraceSession(const Host &host, Orv::U32 clientId,
     finish();
     return;
   }
-  const Wirx::IpGenAddr first = loopbackDestination(trace_.ingress.src);
+  const Wirx::IpGenAddr first =
+      !options_.dst ? loopbackDestination(trace_.ingress.src) : options_.dst;
+  // They stay within the last byte of the first.
   const Orv::U32 count =
-      options_.tree
-          ? std::clamp<Orv::U32>(options_.destinations, 1, maxDestinations)
-          : 1;
+      options_.tree ? std::clamp<Orv::U32>(
+                          options_.destinations, 1,
+                          std::min(maxDestinations, 256u - lastByte(first)))
+                    : 1;
   for (Orv::U32 i = 0; i < count; ++i) {
     branch_.path.destinations.push_back(
         withLastByte(first, Orv::U8(lastByte(first) + i)));

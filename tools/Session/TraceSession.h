@@ -13,13 +13,13 @@
 namespace Session {
 
 // An LSP trace: requests to 127.0.0.1 (::ffff:127.0.0.1 from an IPv6
-// source) with TTL 1, 2, ... up to `maxTtl`, one at a time, each carrying
-// the downstream mapping that the previous hop answered with (the first the
-// ingress's own), until the egress answers, a hop answers with a code that
-// ends the path (any but label-switched, 8, and no code, 0), `maxLost` hops
-// in a row stay silent for `timeout` seconds each, or the TTL limit is
-// reached. Where a hop has several mappings the request goes on with the
-// first, and the next router to answer tells which it took.
+// source, or the destination set) with TTL 1, 2, ... up to `maxTtl`, one at a
+// time, each carrying the downstream mapping that the previous hop answered
+// with (the first the ingress's own), until the egress answers, a hop answers
+// with a code that ends the path (any but label-switched, 8, and no code, 0),
+// `maxLost` hops in a row stay silent for `timeout` seconds each, or the TTL
+// limit is reached. Where a hop has several mappings the request goes on with
+// the first, and the next router to answer tells which it took.
 //
 // A tree trace follows every branch of the LSP. Its requests ask with a
 // multipath bitset which of its IP destinations (127.0.0.1 and up, as many
@@ -45,6 +45,9 @@ public:
     Orv::U32 destinations = 16;
     Orv::U32 maxFanout = 8;
     Orv::U32 maxPaths = 16;
+    // The first destination, the others counting up from it in its last
+    // byte; unset: 127.0.0.1, or ::ffff:127.0.0.1 from an IPv6 source.
+    Wirx::IpGenAddr dst;
   };
 
   struct Events {

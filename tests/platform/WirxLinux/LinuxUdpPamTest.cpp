@@ -8,6 +8,7 @@
 
 #include "Kiv/EventLoop.h"
 #include "Netns.h"
+#include "Orv/Reactor.h"
 #include "Wirx/LinuxUdpPam.h"
 #include "Wirx/Pkt.h"
 
@@ -99,6 +100,35 @@ TEST(LinuxUdpPam, HeldPayloadsLeaveTogetherEachToldInOrder) {
   }));
   EXPECT_EQ(got, (std::vector<std::string>{"127.0.0.1", "127.0.0.2"}));
   EXPECT_EQ(tx->txErrors(), 1u);
+}
+
+// One readiness lets readers take as many batches as the host allows, and
+// no more; the rest waits for the next.
+TEST(LinuxUdpPam, AReadinessGivesAsManyBatchesAsAllowed) {
+  Kiv::EventLoop loop;
+  const auto tx = open(loop, AddrFamily::ipv4);
+  const auto rx = open(loop, AddrFamily::ipv4);
+  ASSERT_TRUE(tx && rx);
+  rx->rxBatchesIs(2);
+  tx->txDstAddrIs(addr("127.0.0.1"));
+  tx->txDstPortIs(rx->port());
+  const Orv::U32 sent = 3 * Wirx::LinuxUdpPam::batchSize;
+  for (Orv::U32 i = 0; i < sent; ++i) {
+    tx->txPktIs(payload("x"));
+  }
+  std::vector<Orv::U32> perReadiness;
+  Orv::Reactor reader;
+  reader.watch(*rx, Wirx::Pam::readableCountAttr, [&] {
+    perReadiness.push_back(0);
+    while (rx->rxPkt()) {
+      ++perReadiness.back();
+    }
+  });
+  EXPECT_TRUE(
+      LspPingTest::runUntil(loop, [&] { return perReadiness.size() == 2; }));
+  EXPECT_EQ(perReadiness,
+            (std::vector<Orv::U32>{2 * Wirx::LinuxUdpPam::batchSize,
+                                   Wirx::LinuxUdpPam::batchSize}));
 }
 
 TEST(LinuxUdpPam, FailuresAreCountedAndToldInOneLine) {

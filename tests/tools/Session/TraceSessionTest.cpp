@@ -51,7 +51,7 @@ struct Net {
     };
     events.done = [&](const Trace &result) {
       trace = result;
-      printed += Session::traceSummary(result);
+      printed += Session::traceSummary(result, result.target.fec.stringValue());
       done = true;
     };
     Session::Target target;

@@ -1,0 +1,211 @@
+// `lspping ping --fec-file` under load: one process pinging many LSPs, one
+// request per LSP per interval, over a veth to one `lspping responder` in
+// two namespaces this program creates (names unique to the run) and tears
+// down. The responder's state binds every FEC of the file, so each request
+// is answered by the egress. It reports the client's CPU time per request
+// while it runs steadily (for T seconds, after a warm-up of W seconds in
+// which it reads the file and starts the sessions), the requests and
+// replies it counted, and its memory.
+//
+//   FecFileLoad [--lsps N] [--interval S] [--warmup W] [--seconds T]
+//               [--lspping PATH]
+//
+// Needs root. The client runs on CPU 0, the responder on CPU 1.
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <thread>
+
+#include <nlohmann/json.hpp>
+
+#include "Netns.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct Options {
+  unsigned long lsps = 100000;
+  double interval = 1.0;
+  double warmup = 10.0;
+  double seconds = 20.0;
+  std::string lspping = LSPPING_PROGRAM;
+};
+
+// The FEC of LSP i: 10.128.0.0/9 and up, one /32 each.
+std::string fec(unsigned long i) {
+  const unsigned long addr = (10ul << 24 | 128ul << 16) + i;
+  return std::to_string(addr >> 24) + "." + std::to_string(addr >> 16 & 255) +
+         "." + std::to_string(addr >> 8 & 255) + "." +
+         std::to_string(addr & 255) + "/32";
+}
+
+void writeFiles(const Options &o, const std::string &dir) {
+  std::ofstream state(dir + "/state.json");
+  state << "{ \"bindings\": { \"ldp\": [\n";
+  for (unsigned long i = 0; i < o.lsps; ++i) {
+    state << (i ? ",\n" : "") << "  { \"fec\": \"" << fec(i)
+          << "\", \"labels\": [ { \"label\": 3 } ] }";
+  }
+  state << "\n] } }\n";
+  std::ofstream lines(dir + "/lsps.txt");
+  for (unsigned long i = 0; i < o.lsps; ++i) {
+    lines << "ldp " << fec(i) << "\n";
+  }
+}
+
+struct Usage {
+  double user = 0;
+  double system = 0;
+  long rss = 0;
+};
+
+// CPU seconds in user space and in the kernel, and resident memory in KiB,
+// of a process.
+Usage usage(pid_t pid) {
+  std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+  const std::string text((std::istreambuf_iterator<char>(stat)), {});
+  std::istringstream fields(text.substr(text.rfind(')') + 2));
+  std::string field;
+  unsigned long utime = 0, stime = 0;
+  for (int i = 3; i <= 15 && fields >> field; ++i) {
+    if (i == 14) {
+      utime = std::stoul(field);
+    } else if (i == 15) {
+      stime = std::stoul(field);
+    }
+  }
+  long rss = 0;
+  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmRSS:", 0) == 0) {
+      rss = std::stol(line.substr(6));
+    }
+  }
+  const double tick = double(sysconf(_SC_CLK_TCK));
+  return {double(utime) / tick, double(stime) / tick, rss};
+}
+
+double since(Clock::time_point start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+int run(const Options &o) {
+  const std::string why = LspPingTest::netnsUnavailable();
+  if (!why.empty()) {
+    std::cerr << "FecFileLoad: " << why << "\n";
+    return 2;
+  }
+  const LspPingTest::Netns client, router;
+  const std::string clientIntf = LspPingTest::uniqueName("fc");
+  const std::string routerIntf = LspPingTest::uniqueName("fr");
+  const std::string dir = "/tmp/FecFileLoad." + std::to_string(getpid());
+  std::filesystem::create_directories(dir);
+  struct Cleanup {
+    std::string dir;
+    ~Cleanup() { std::filesystem::remove_all(dir); }
+  } cleanup{dir};
+  const bool linked =
+      client.ip({"link", "add", clientIntf, "type", "veth", "peer", "name",
+                 routerIntf, "netns", router.name()}) &&
+      client.ip({"addr", "add", "10.0.0.1/24", "dev", clientIntf}) &&
+      router.ip({"addr", "add", "10.0.0.2/24", "dev", routerIntf}) &&
+      client.ip({"link", "set", clientIntf, "up"}) &&
+      router.ip({"link", "set", routerIntf, "up"}) &&
+      client.exec({"ethtool", "-K", clientIntf, "tx", "off"}) &&
+      router.exec({"ethtool", "-K", routerIntf, "tx", "off"});
+  if (!linked) {
+    std::cerr << "FecFileLoad: cannot set up the namespaces\n";
+    return 2;
+  }
+  writeFiles(o, dir);
+  LspPingTest::NetnsProcess responder(
+      router, {"taskset", "-c", "1", o.lspping, "responder", "--state",
+               dir + "/state.json", "--rate", "0"});
+  if (!responder.lineWith(1, "answering on", 60)) {
+    std::cerr << "FecFileLoad: the responder did not start\n";
+    return 2;
+  }
+  char interval[32];
+  std::snprintf(interval, sizeof interval, "%g", o.interval);
+  const auto start = Clock::now();
+  LspPingTest::NetnsProcess ping(
+      client, {"taskset", "-c", "0", o.lspping, "ping", "--fec-file",
+               dir + "/lsps.txt", "-I", clientIntf, "--nexthop", "10.0.0.2",
+               "-c", "0", "-i", interval, "-q", "--json"});
+  std::this_thread::sleep_for(std::chrono::duration<double>(o.warmup));
+  const double steadyStart = since(start);
+  const Usage before = usage(ping.pid());
+  std::this_thread::sleep_for(std::chrono::duration<double>(o.seconds));
+  const double steadyEnd = since(start);
+  const Usage after = usage(ping.pid());
+  ping.signal(SIGINT);
+  unsigned long sent = 0, received = 0, summaries = 0;
+  while (const auto line = ping.line(0, 60)) {
+    const auto summary = nlohmann::json::parse(*line);
+    sent += summary["sent"].get<unsigned long>();
+    received += summary["received"].get<unsigned long>();
+    ++summaries;
+  }
+  const double wall = since(start);
+  const int status = ping.exitStatus();
+  responder.signal(SIGTERM);
+  const auto counters = responder.lineWith(1, "counters:");
+
+  const double rate = double(o.lsps) / o.interval;
+  const double steady = steadyEnd - steadyStart;
+  const double user = after.user - before.user;
+  const double cpu = user + after.system - before.system;
+  std::printf("LSPs:                 %lu, one request each every %g s: %.0f "
+              "requests a second\n",
+              o.lsps, o.interval, rate);
+  std::printf("client, %.1f s in all: %lu requests sent, %lu replies, %lu "
+              "summaries, exit status %d\n",
+              wall, sent, received, summaries, status);
+  std::printf("steady, %.1f s:        client CPU %.2f s (%.2f s in user "
+              "space): %.2f us per request (a request and its reply; %.2f us "
+              "in user space), %.0f requests per CPU second\n",
+              steady, cpu, user, cpu * 1e6 / (rate * steady),
+              user * 1e6 / (rate * steady), rate * steady / cpu);
+  std::printf("client RSS:           %ld KiB after the warm-up, %ld KiB at "
+              "the end\n",
+              before.rss, after.rss);
+  std::printf("responder %s\n",
+              counters ? counters->c_str() : "counters missing");
+  return status <= 1 && summaries == o.lsps ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+  Options o;
+  for (int i = 1; i + 1 < argc; i += 2) {
+    const std::string flag = argv[i];
+    if (flag == "--lsps") {
+      o.lsps = std::stoul(argv[i + 1]);
+    } else if (flag == "--interval") {
+      o.interval = std::stod(argv[i + 1]);
+    } else if (flag == "--warmup") {
+      o.warmup = std::stod(argv[i + 1]);
+    } else if (flag == "--seconds") {
+      o.seconds = std::stod(argv[i + 1]);
+    } else if (flag == "--lspping") {
+      o.lspping = argv[i + 1];
+    } else {
+      std::cerr << "usage: FecFileLoad [--lsps N] [--interval S] [--warmup "
+                   "W] [--seconds T] [--lspping PATH]\n";
+      return 2;
+    }
+  }
+  try {
+    return run(o);
+  } catch (const std::exception &e) {
+    std::cerr << "FecFileLoad: " << e.what() << "\n";
+    return 2;
+  }
+}
