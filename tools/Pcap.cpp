@@ -137,13 +137,8 @@ void PcapWriter::failWithErrno() { fail(std::strerror(errno)); }
 FILE *PcapWriter::openBeside(const std::string &target,
                              std::optional<unsigned> mode) {
   const std::filesystem::path path(target);
-  // Appended piece by piece: g++ 12 at -O3 takes `"." + std::string&&` for
-  // overlapping copies (-Wrestrict), a false positive of that compiler.
-  std::string prefix = ".";
-  prefix += path.filename().string();
-  prefix += ".lspping-";
-  prefix += std::to_string(::getpid());
-  prefix += "-";
+  const std::string prefix = "." + path.filename().string() + ".lspping-" +
+                             std::to_string(::getpid()) + "-";
   for (unsigned attempt = 0;; ++attempt) {
     const std::string candidate =
         (path.parent_path() / (prefix + std::to_string(attempt))).string();

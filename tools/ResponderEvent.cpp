@@ -87,13 +87,9 @@ std::string ResponderEvent::text() const {
   }
   if (!labels.empty()) {
     text += ", labels";
-    // Appended piece by piece: g++ 12 at -O3 takes `" " + std::string&&`
-    // for overlapping copies (-Wrestrict), a false positive of that compiler.
     for (const Wirx::MplsLabelEntry &entry : labels) {
-      text += " ";
-      text += std::to_string(entry.label().value());
-      text += "/ttl=";
-      text += std::to_string(entry.ttl());
+      text += " " + std::to_string(entry.label().value()) +
+              "/ttl=" + std::to_string(entry.ttl());
     }
   }
   if (!replied) {
