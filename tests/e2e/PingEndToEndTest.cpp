@@ -2,7 +2,6 @@
 
 #include "Kiv/VirtualTime.h"
 #include "LspPing/LspPingReturnCode.h"
-#include "Netsim/LinkPam.h"
 #include "Netsim/Network.h"
 #include "Orv/Clock.h"
 #include "Orv/Reactor.h"
@@ -101,8 +100,6 @@ TEST(PingEndToEnd, ClientIsEnabledOnceItsInterfaceHasAModuleAndGetsEveryReply) {
 
   net.aUp();
   EXPECT_EQ(config->reason(), "Enabled");
-  EXPECT_TRUE(dynamic_cast<Netsim::LinkPam *>(
-      net.a.clientRoot()->ethDevPamCollection()->intfPam(eth1).get()));
   net.time.runFor(10);
   EXPECT_EQ(net.status(1)->sequenceNum(), 3u);
   EXPECT_EQ(net.b.requestsAnswered(), 3u);
