@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 #include "Orv/Clock.h"
 #include "Session/Format.h"
@@ -86,8 +87,9 @@ void LspMonitor::startPing() {
     handlePingReply(reply);
   };
   events.timeout = [this](Orv::U32) {
-    probed(because("no reply within " +
-                   Session::msText(Orv::U32(lsp_.timeout * 1e6)) + " ms"));
+    char seconds[32];
+    std::snprintf(seconds, sizeof seconds, "%g", lsp_.timeout);
+    probed(because("no reply within " + std::string(seconds) + " s"));
   };
   // A ping without end ends only when it cannot send: it is tried again
   // an interval later.

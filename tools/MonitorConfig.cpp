@@ -87,7 +87,6 @@ MonitoredLsp entryOf(const json &entry, const json &defaults,
                      const json::json_pointer &at) {
   expectKeys(entry, at, true);
   json merged = defaults;
-  merged.erase("lsps");
   for (const auto &item : entry.items()) {
     merged[item.key()] = item.value();
   }
@@ -178,11 +177,17 @@ std::vector<MonitoredLsp> configOf(const json &document) {
   if (!entries.is_array()) {
     refuse(top / "lsps", "expected an array");
   }
+  json defaults = json::object();
+  for (const auto &item : document.items()) {
+    if (item.key() != "lsps") {
+      defaults[item.key()] = item.value();
+    }
+  }
   std::vector<MonitoredLsp> lsps;
   std::set<std::string> names;
   for (std::size_t i = 0; i < entries.size(); ++i) {
     const json::json_pointer at = top / "lsps" / i;
-    MonitoredLsp lsp = entryOf(entries[i], document, at);
+    MonitoredLsp lsp = entryOf(entries[i], defaults, at);
     if (!names.insert(lsp.name).second) {
       refuse(at / "name", "'" + lsp.name + "' names another LSP already");
     }

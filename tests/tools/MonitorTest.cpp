@@ -104,8 +104,7 @@ TEST(LspMonitor, StateChangesAndPathChangesAreEventsAndMetrics) {
           "[3006]",
           "lsp pe2-trace down: labelMappingMismatch (code 10, subcode 1) from "
           "10.0.0.4 at hop 2 (1 of 1 traces failed)",
-          "lsp pe2-ping down: no reply within 2000.000 ms (1 of 3 requests "
-          "failed)",
+          "lsp pe2-ping down: no reply within 2 s (1 of 3 requests failed)",
           "lsp pe2-trace path changed at hop 1: 10.0.0.2 [3006] -> *",
       }));
   EXPECT_EQ(ping->up(), false);
