@@ -31,6 +31,9 @@ public:
   // replaces the callback. Callbacks may add and delete descriptors, their
   // own included.
   void fdReadableIs(int fd, std::function<void()> onReadable);
+  // The same for `fd` being writable, in place of readable: a descriptor is
+  // watched one way at a time, the last call deciding which.
+  void fdWritableIs(int fd, std::function<void()> onWritable);
   // Forgets `fd`; before or after closing it.
   void fdDel(int fd);
 
@@ -46,10 +49,12 @@ public:
 
 private:
   struct Watch {
-    std::function<void()> onReadable;
+    std::function<void()> onReady;
     Orv::U32 generation;
+    Orv::U32 events;
   };
 
+  void fdWatchIs(int fd, Orv::U32 events, std::function<void()> onReady);
   void timerFdUpdate() noexcept;
   void timerFdDrain() noexcept;
   void retire(std::unique_ptr<Watch> watch);
