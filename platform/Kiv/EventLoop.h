@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Kiv/TimerWheel.h"
+#include "Orv/Export.h"
 
 namespace Kiv {
 
@@ -16,7 +17,7 @@ namespace Kiv {
 // It runs on the system clock: under a virtual clock, VirtualTime drives the
 // wheel instead. Setup errors (creating the loop, adding a descriptor) are
 // thrown as std::system_error; the loop itself does not throw.
-class EventLoop {
+class LSPPING_EXPORT EventLoop {
 public:
   explicit EventLoop(Orv::Ptr<TimerWheel> wheel = Orv::make<TimerWheel>());
   EventLoop(const EventLoop &) = delete;
