@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Orv/Types.h"
-#include "tools/LspSpec.h"
+#include "tools/Lsp.h"
 
 namespace LspPingTool {
 

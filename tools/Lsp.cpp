@@ -1,4 +1,4 @@
-#include "tools/LspSpec.h"
+#include "tools/Lsp.h"
 
 #include <cerrno>
 #include <charconv>
