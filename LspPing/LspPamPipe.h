@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LspPing/LspPingEnum.h"
+#include "Orv/Export.h"
 #include "Wirx/Pam.h"
 
 namespace LspPing {
@@ -9,7 +10,7 @@ namespace LspPing {
 // that a component expecting a Wirx::Pam can be driven in-process. It holds
 // one packet at a time: a second send before the first was read is a broken
 // hand-off. Created by name through the runtime's factories.
-class LspPamPipe : public Wirx::Pam {
+class LSPPING_EXPORT LspPamPipe : public Wirx::Pam {
 public:
   explicit LspPamPipe(const Orv::Name &name);
 
@@ -29,6 +30,6 @@ private:
   bool initialized_ = false;
 };
 
-Orv::Ptr<LspPamPipe> lspPamPipeFactory(const Orv::Name &name);
+LSPPING_EXPORT Orv::Ptr<LspPamPipe> lspPamPipeFactory(const Orv::Name &name);
 
 } // namespace LspPing

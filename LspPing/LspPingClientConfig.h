@@ -9,6 +9,7 @@
 #include "LspPing/LspPingTxCountConstants.h"
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Rsvp/RsvpSpId.h"
 #include "Wirx/EthAddr.h"
 #include "Wirx/IntfId.h"
@@ -20,7 +21,7 @@ namespace LspPing {
 
 // One ping client as the management layer configures it. The configuration
 // state machine writes `enabled` and `reason`; everything else is input.
-class LspPingClientConfig : public Orv::Entity {
+class LSPPING_EXPORT LspPingClientConfig : public Orv::Entity {
 public:
   static constexpr Orv::Attr<LspPingMode> modeAttr{1};
   static constexpr Orv::Attr<std::string> reasonAttr{2};
@@ -169,6 +170,7 @@ private:
   LspPingTunnelType tunnelType_ = LspPingTunnelType::tunnelUnknown;
 };
 
-Orv::Ptr<LspPingClientConfig> lspPingClientConfigFactory(U32 clientId);
+LSPPING_EXPORT Orv::Ptr<LspPingClientConfig>
+lspPingClientConfigFactory(U32 clientId);
 
 } // namespace LspPing

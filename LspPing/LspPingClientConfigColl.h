@@ -2,13 +2,14 @@
 
 #include "LspPing/LspPingClientConfig.h"
 #include "Orv/Coll.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 
 namespace LspPing {
 
 // All ping client configurations, keyed by client id (also the sender
 // handle of the client's requests).
-class LspPingClientConfigColl : public Orv::NamedEntity {
+class LSPPING_EXPORT LspPingClientConfigColl : public Orv::NamedEntity {
 public:
   explicit LspPingClientConfigColl(const Orv::Name &name) : NamedEntity(name) {}
 
@@ -32,7 +33,7 @@ private:
       *this, pingClientConfigAttr};
 };
 
-Orv::Ptr<LspPingClientConfigColl>
+LSPPING_EXPORT Orv::Ptr<LspPingClientConfigColl>
 lspPingClientConfigCollFactory(const Orv::Name &name);
 
 } // namespace LspPing

@@ -8,6 +8,7 @@
 #include "LspPing/LspPingClientStatusColl.h"
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Orv/Reactor.h"
 #include "Wirx/IntfId.h"
 
@@ -26,7 +27,8 @@ namespace LspPing {
 // A bad configuration is never refused, only reported. Every client must
 // already have its transmit state machine: the state-machine manager creates
 // it with the configuration, before this machine hears of the client.
-class LspPingClientConfigSm : public Orv::Entity, public Orv::Reactor {
+class LSPPING_EXPORT LspPingClientConfigSm : public Orv::Entity,
+                                             public Orv::Reactor {
 public:
   // Follows one client's configuration and re-checks the client whenever one
   // of the attributes that the checks or the module choice read changes.
@@ -138,7 +140,7 @@ private:
       pingClientIntfIdMappingColl_{*this, pingClientIntfIdMappingCollAttr};
 };
 
-Orv::Ptr<LspPingClientConfigSm> lspPingClientConfigSmFactory(
+LSPPING_EXPORT Orv::Ptr<LspPingClientConfigSm> lspPingClientConfigSmFactory(
     Orv::Ptr<LspPingClientConfigColl> lspPingClientConfigColl,
     Orv::Ptr<LspPingClientStatusColl> lspPingClientStatusColl,
     Orv::Ptr<const LspPingClientSmColl> lspPingClientSmColl,

@@ -5,6 +5,7 @@
 #include "LspPing/LspPingEnum.h"
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Wirx/IntfId.h"
 
 namespace LspPing {
@@ -13,7 +14,7 @@ namespace LspPing {
 // lets a change of the interface's packet-access module reach exactly the
 // clients concerned. The configuration state machine keeps one per interface
 // in use and drops it as soon as its last client leaves.
-class LspPingClientIntfIdMapping : public Orv::Entity {
+class LSPPING_EXPORT LspPingClientIntfIdMapping : public Orv::Entity {
 public:
   static constexpr Orv::CollAttr<U32> pingClientIdAttr{1};
 

@@ -3,6 +3,7 @@
 #include "Kiv/TimerWheel.h"
 #include "LspPing/LspPingClientConfigColl.h"
 #include "LspPing/LspPingClientRxMsgPipeColl.h"
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 #include "Orv/Reactor.h"
 #include "Wirx/UdpPam.h"
@@ -14,7 +15,8 @@ namespace LspPing {
 // handle names. Requests, replies from this agent's own responder and
 // replies for unknown clients are dropped. One run works for at most
 // `maxProcessTime` seconds; what is left waits for the next run.
-class LspPingClientListenerSm : public Orv::Object, public Orv::Reactor {
+class LSPPING_EXPORT LspPingClientListenerSm : public Orv::Object,
+                                               public Orv::Reactor {
 public:
   static constexpr double defaultMaxProcessTime = 0.005;
 
@@ -47,7 +49,7 @@ private:
   bool initialized_ = false;
 };
 
-Orv::Ptr<LspPingClientListenerSm> lspPingClientListenerSmFactory(
+LSPPING_EXPORT Orv::Ptr<LspPingClientListenerSm> lspPingClientListenerSmFactory(
     Orv::Ptr<Wirx::UdpPam> udpPam,
     Orv::Ptr<LspPingClientRxMsgPipeColl> lspPingClientRxMsgPipeColl,
     Orv::Ptr<Kiv::TimerWheel> timerWheel,

@@ -20,6 +20,7 @@
 #include "LspPing/LspPingEthDevPamManager.h"
 #include "LspPing/LspPingPamDesiredIntfSm.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Wirx/UdpPam.h"
 
 namespace LspPing {
@@ -41,7 +42,7 @@ namespace LspPing {
 // expects one, hears of the client; the listener comes last. Interfaces with
 // IP status at start-up thus have their modules before any client is
 // configured. Everything goes with the root, in the reverse order.
-class LspPingClientRoot : public Orv::Entity {
+class LSPPING_EXPORT LspPingClientRoot : public Orv::Entity {
 public:
   static constexpr Orv::Attr<bool> initializedAttr{1};
 
@@ -194,7 +195,7 @@ private:
   bool initialized_ = false;
 };
 
-Orv::Ptr<LspPingClientRoot> lspPingClientRootFactory(
+LSPPING_EXPORT Orv::Ptr<LspPingClientRoot> lspPingClientRootFactory(
     Orv::Ptr<const Interface::AllIntfStatusDir> allIntfStatusDir,
     Orv::Ptr<const Interface::AllIntfStatusLocalDir> allIntfStatusLocalDir,
     Orv::Ptr<const KernelNetInfo::Status> kniStatus,

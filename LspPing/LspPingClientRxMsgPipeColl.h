@@ -2,12 +2,13 @@
 
 #include "LspPing/LspPingMsgPipe.h"
 #include "Orv/Coll.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 
 namespace LspPing {
 
 // The mailboxes of all ping clients, keyed by client id.
-class LspPingClientRxMsgPipeColl : public Orv::NamedEntity {
+class LSPPING_EXPORT LspPingClientRxMsgPipeColl : public Orv::NamedEntity {
 public:
   explicit LspPingClientRxMsgPipeColl(const Orv::Name &name)
       : NamedEntity(name) {}
@@ -32,7 +33,7 @@ private:
       *this, clientRxMsgPipeAttr};
 };
 
-Orv::Ptr<LspPingClientRxMsgPipeColl>
+LSPPING_EXPORT Orv::Ptr<LspPingClientRxMsgPipeColl>
 lspPingClientRxMsgPipeCollFactory(const Orv::Name &name);
 
 } // namespace LspPing

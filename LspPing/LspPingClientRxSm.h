@@ -3,6 +3,7 @@
 #include "LspPing/LspPingClientConfig.h"
 #include "LspPing/LspPingClientStatus.h"
 #include "LspPing/LspPingMsgPipe.h"
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 #include "Orv/Reactor.h"
 
@@ -12,7 +13,8 @@ namespace LspPing {
 // listener posts into the client's pipe, parses it, measures the round trip
 // from the echoed sent time stamp and stores one reply record in the status
 // under the sequence number's low 8 bits.
-class LspPingClientRxSm : public Orv::Object, public Orv::Reactor {
+class LSPPING_EXPORT LspPingClientRxSm : public Orv::Object,
+                                         public Orv::Reactor {
 public:
   LspPingClientRxSm(U32 clientId,
                     Orv::Ptr<const LspPingClientConfig> lspPingClientConfig,
@@ -47,7 +49,7 @@ private:
   bool initialized_ = false;
 };
 
-Orv::Ptr<LspPingClientRxSm> lspPingClientRxSmFactory(
+LSPPING_EXPORT Orv::Ptr<LspPingClientRxSm> lspPingClientRxSmFactory(
     U32 clientId, Orv::Ptr<const LspPingClientConfig> lspPingClientConfig,
     Orv::Ptr<LspPingClientStatus> lspPingClientStatus,
     Orv::Ptr<LspPingMsgPipe> lspPingReplyRxMsgPipe);

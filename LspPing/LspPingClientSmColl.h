@@ -4,13 +4,14 @@
 #include "LspPing/LspPingClientTxSm.h"
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 
 namespace LspPing {
 
 // The transmit and receive state machines of every ping client, keyed by
 // client id. Removing one runs its handleDelete first.
-class LspPingClientSmColl : public Orv::NamedEntity {
+class LSPPING_EXPORT LspPingClientSmColl : public Orv::NamedEntity {
 public:
   explicit LspPingClientSmColl(const Orv::Name &name) : NamedEntity(name) {}
 
@@ -53,6 +54,7 @@ private:
       *this, pingClientRxSmAttr};
 };
 
-Orv::Ptr<LspPingClientSmColl> lspPingClientSmCollFactory(const Orv::Name &name);
+LSPPING_EXPORT Orv::Ptr<LspPingClientSmColl>
+lspPingClientSmCollFactory(const Orv::Name &name);
 
 } // namespace LspPing

@@ -5,6 +5,7 @@
 #include "LspPing/LspPingClientRxMsgPipeColl.h"
 #include "LspPing/LspPingClientSmColl.h"
 #include "LspPing/LspPingClientStatusColl.h"
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 #include "Orv/Reactor.h"
 
@@ -13,7 +14,8 @@ namespace LspPing {
 // Gives every configured ping client its machinery: status entry, receive
 // pipe, receive and transmit state machines, created when the configuration
 // appears and removed with it.
-class LspPingClientSmManager : public Orv::Object, public Orv::Reactor {
+class LSPPING_EXPORT LspPingClientSmManager : public Orv::Object,
+                                              public Orv::Reactor {
 public:
   LspPingClientSmManager(
       Orv::Ptr<const LspPingClientConfigColl> lspPingClientConfigColl,
@@ -38,7 +40,7 @@ private:
   bool initialized_ = false;
 };
 
-Orv::Ptr<LspPingClientSmManager> lspPingClientSmManagerFactory(
+LSPPING_EXPORT Orv::Ptr<LspPingClientSmManager> lspPingClientSmManagerFactory(
     Orv::Ptr<const LspPingClientConfigColl> lspPingClientConfigColl,
     Orv::Ptr<LspPingClientStatusColl> lspPingClientStatusColl,
     Orv::Ptr<LspPingClientSmColl> lspPingClientSmColl,

@@ -3,12 +3,13 @@
 #include "LspPing/LspPingReplyPktInfo.h"
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 // What a ping client has done: the last sequence number sent, and one record
 // per reply received.
-class LspPingClientStatus : public Orv::Entity {
+class LSPPING_EXPORT LspPingClientStatus : public Orv::Entity {
 public:
   static constexpr Orv::Attr<U32> sequenceNumAttr{1};
   static constexpr Orv::Attr<U32> lastReplyPktSeqAttr{2};
@@ -44,6 +45,7 @@ private:
   Orv::Coll<U8, LspPingReplyPktInfo> replyPktInfo_{*this, replyPktInfoAttr};
 };
 
-Orv::Ptr<LspPingClientStatus> lspPingClientStatusFactory(U32 clientId);
+LSPPING_EXPORT Orv::Ptr<LspPingClientStatus>
+lspPingClientStatusFactory(U32 clientId);
 
 } // namespace LspPing

@@ -2,12 +2,13 @@
 
 #include "LspPing/LspPingClientStatus.h"
 #include "Orv/Coll.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 
 namespace LspPing {
 
 // The status of every ping client, keyed by client id.
-class LspPingClientStatusColl : public Orv::NamedEntity {
+class LSPPING_EXPORT LspPingClientStatusColl : public Orv::NamedEntity {
 public:
   explicit LspPingClientStatusColl(const Orv::Name &name) : NamedEntity(name) {}
 
@@ -30,7 +31,7 @@ private:
       *this, pingClientStatusAttr};
 };
 
-Orv::Ptr<LspPingClientStatusColl>
+LSPPING_EXPORT Orv::Ptr<LspPingClientStatusColl>
 lspPingClientStatusCollFactory(const Orv::Name &name);
 
 } // namespace LspPing

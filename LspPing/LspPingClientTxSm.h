@@ -3,6 +3,7 @@
 #include "Kiv/TimerWheel.h"
 #include "LspPing/LspPingClientConfig.h"
 #include "LspPing/LspPingClientStatus.h"
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 #include "Orv/Reactor.h"
 #include "Wirx/Pam.h"
@@ -15,7 +16,8 @@ class LspPingPktGen;
 // enabled, then one every `txRate` seconds until `txCount` requests left,
 // each written to the client's transmit packet-access module. Only `enabled`
 // is watched: other changes take effect at the next request.
-class LspPingClientTxSm : public Orv::Object, public Orv::Reactor {
+class LSPPING_EXPORT LspPingClientTxSm : public Orv::Object,
+                                         public Orv::Reactor {
 public:
   LspPingClientTxSm(U32 clientId,
                     Orv::Ptr<const LspPingClientConfig> lspPingClientConfig,
@@ -68,7 +70,7 @@ private:
   bool initialized_ = false;
 };
 
-Orv::Ptr<LspPingClientTxSm> lspPingClientTxSmFactory(
+LSPPING_EXPORT Orv::Ptr<LspPingClientTxSm> lspPingClientTxSmFactory(
     U32 clientId, Orv::Ptr<const LspPingClientConfig> lspPingClientConfig,
     Orv::Ptr<LspPingClientStatus> lspPingClientStatus,
     Orv::Ptr<Kiv::TimerWheel> timerWheel);

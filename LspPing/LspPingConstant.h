@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "LspPing/LspPingEnum.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
@@ -14,6 +15,6 @@ struct LspPingConstant {
   bool operator==(const LspPingConstant &) const = default;
 };
 
-LspPingConstant lspPingConstantFactory();
+LSPPING_EXPORT LspPingConstant lspPingConstantFactory();
 
 } // namespace LspPing

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "LspPing/LspPingTlvHdr.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 // Fixed part of the detailed downstream mapping TLV (type 20); sub-TLVs of
 // subTlvLen bytes follow.
-struct LspPingDdmapTlv : LspPingTlvHdr {
+struct LSPPING_EXPORT LspPingDdmapTlv : LspPingTlvHdr {
   U16Nbo mtu{0};
   U8 addrType = 0; // LspPingAddrType
   U8 dsFlags = 0;

@@ -2,12 +2,13 @@
 
 #include "LspPing/LspPingDdmapTlv.h"
 #include "LspPing/LspPingRecordParser.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 using LspPingDdmapTlvParser = LspPingRecordParser<LspPingDdmapTlv>;
 
-Orv::Ptr<LspPingDdmapTlvParser>
+LSPPING_EXPORT Orv::Ptr<LspPingDdmapTlvParser>
 lspPingDdmapTlvParserFactory(Orv::Ptr<Wirx::Pkt> pkt, U32 offset);
 
 } // namespace LspPing

@@ -7,6 +7,7 @@
 
 #include "LspPing/LspPingDownstreamSignalingProtocol.h"
 #include "LspPing/LspPingEnum.h"
+#include "Orv/Export.h"
 #include "Orv/ValueText.h"
 #include "Wirx/MplsLabel.h"
 
@@ -15,7 +16,7 @@ namespace LspPing {
 // One label of a downstream mapping's label stack, as its four bytes stand
 // in the TLV. Read in network order they form one word:
 // label:20 | tc:3 | bos:1 | protocol:8.
-struct LspPingDownstreamLabelEntry {
+struct LSPPING_EXPORT LspPingDownstreamLabelEntry {
   static constexpr U32 bosMask = 0x100;
   static constexpr U8 maxTc = 7;
 
@@ -72,10 +73,10 @@ struct LspPingDownstreamLabelEntry {
                  Orv::Field{"v3", &LspPingDownstreamLabelEntry::v3}};
 };
 
-std::ostream &operator<<(std::ostream &os,
-                         const LspPingDownstreamLabelEntry &entry);
+LSPPING_EXPORT std::ostream &
+operator<<(std::ostream &os, const LspPingDownstreamLabelEntry &entry);
 
-LspPingDownstreamLabelEntry
+LSPPING_EXPORT LspPingDownstreamLabelEntry
 lspPingDownstreamLabelEntryFactory(U8 v0 = 0, U8 v1 = 0, U8 v2 = 0, U8 v3 = 0);
 
 } // namespace LspPing

@@ -6,6 +6,7 @@
 
 #include "LspPing/LspPingDownstreamLabelEntry.h"
 #include "LspPing/LspPingEnum.h"
+#include "Orv/Export.h"
 #include "Orv/SparseArray.h"
 #include "Orv/ValueText.h"
 
@@ -14,7 +15,7 @@ namespace LspPing {
 // The label stack of one downstream mapping, top of stack at index 0.
 // `size` says how many entries count; it is kept apart from the entries
 // because a received TLV may hold entries past the stack's bottom.
-struct LspPingDownstreamLabelStack {
+struct LSPPING_EXPORT LspPingDownstreamLabelStack {
   using LabelEntryArray = Orv::SparseArray<U8, LspPingDownstreamLabelEntry>;
 
   LabelEntryArray labelEntry;
@@ -43,9 +44,9 @@ struct LspPingDownstreamLabelStack {
       Orv::Field{"size", &LspPingDownstreamLabelStack::size}};
 };
 
-std::ostream &operator<<(std::ostream &os,
-                         const LspPingDownstreamLabelStack &stack);
+LSPPING_EXPORT std::ostream &
+operator<<(std::ostream &os, const LspPingDownstreamLabelStack &stack);
 
-LspPingDownstreamLabelStack lspPingDownstreamLabelStackFactory();
+LSPPING_EXPORT LspPingDownstreamLabelStack lspPingDownstreamLabelStackFactory();
 
 } // namespace LspPing

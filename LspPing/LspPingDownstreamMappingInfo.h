@@ -7,6 +7,7 @@
 #include "LspPing/LspPingDownstreamLabelStack.h"
 #include "LspPing/LspPingEnum.h"
 #include "LspPing/LspPingMultipathBitset.h"
+#include "Orv/Export.h"
 #include "Orv/ValueText.h"
 #include "Wirx/IpGenAddr.h"
 
@@ -16,7 +17,7 @@ namespace LspPing {
 // `addrType` holds an LspPingAddrType value and `multipathType` an
 // LspPingMultipathType value, kept as the bytes the TLV carries so that
 // values we have no name for survive a round trip.
-struct LspPingDownstreamMappingInfo {
+struct LSPPING_EXPORT LspPingDownstreamMappingInfo {
   U16 mtu = 0;
   U8 addrType = 0;
   U8 dsFlags = 0;
@@ -61,11 +62,12 @@ struct LspPingDownstreamMappingInfo {
       Orv::Field{"valid", &LspPingDownstreamMappingInfo::valid}};
 };
 
-std::ostream &operator<<(std::ostream &os,
-                         const LspPingDownstreamMappingInfo &info);
+LSPPING_EXPORT std::ostream &
+operator<<(std::ostream &os, const LspPingDownstreamMappingInfo &info);
 
-LspPingDownstreamMappingInfo lspPingDownstreamMappingInfoFactory();
-LspPingDownstreamMappingInfo lspPingDownstreamMappingInfoFactory(
+LSPPING_EXPORT LspPingDownstreamMappingInfo
+lspPingDownstreamMappingInfoFactory();
+LSPPING_EXPORT LspPingDownstreamMappingInfo lspPingDownstreamMappingInfoFactory(
     U16 mtu, U8 addrType, U8 dsFlags, const Wirx::IpGenAddr &dsIpAddr,
     const Wirx::IpGenAddr &dsIntfAddr, U8 multipathType, U8 depthLimit,
     const Wirx::IpGenAddr &dsMultipathBaseAddr,

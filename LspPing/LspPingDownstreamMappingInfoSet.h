@@ -6,6 +6,7 @@
 
 #include "LspPing/LspPingDownstreamMappingInfo.h"
 #include "LspPing/LspPingEnum.h"
+#include "Orv/Export.h"
 #include "Orv/SparseArray.h"
 #include "Orv/ValueText.h"
 
@@ -45,9 +46,10 @@ struct LspPingDownstreamMappingInfoSet {
       &LspPingDownstreamMappingInfoSet::lspPingDownstreamMappingInfo}};
 };
 
-std::ostream &operator<<(std::ostream &os,
-                         const LspPingDownstreamMappingInfoSet &set);
+LSPPING_EXPORT std::ostream &
+operator<<(std::ostream &os, const LspPingDownstreamMappingInfoSet &set);
 
-LspPingDownstreamMappingInfoSet lspPingDownstreamMappingInfoSetFactory();
+LSPPING_EXPORT LspPingDownstreamMappingInfoSet
+lspPingDownstreamMappingInfoSetFactory();
 
 } // namespace LspPing

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LspPing/LspPingDownstreamMappingHdr.h"
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 #include "Wirx/IpGenAddr.h"
 
@@ -10,7 +11,7 @@ namespace LspPing {
 // type. It casts with the same 12- and 36-byte thresholds as the interface
 // and label stack view, not its own record sizes: the parser checks the full
 // sizes itself. Getters require a valid view.
-class LspPingDownstreamMappingTlvContainer : public Orv::Object {
+class LSPPING_EXPORT LspPingDownstreamMappingTlvContainer : public Orv::Object {
 public:
   void tryCastToTlv(const U8 *bytes, U32 length);
 
@@ -36,7 +37,7 @@ private:
   const LspPingDownstreamMappingIpv6Tlv *ipv6Tlv_ = nullptr;
 };
 
-Orv::Ptr<LspPingDownstreamMappingTlvContainer>
+LSPPING_EXPORT Orv::Ptr<LspPingDownstreamMappingTlvContainer>
 lspPingDownstreamMappingTlvContainerFactory();
 
 } // namespace LspPing

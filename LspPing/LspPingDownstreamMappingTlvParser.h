@@ -5,6 +5,7 @@
 #include "LspPing/LspPingDownstreamMappingInfo.h"
 #include "LspPing/LspPingDownstreamMappingTlvContainer.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Wirx/Pkt.h"
 
 namespace LspPing {
@@ -12,7 +13,7 @@ namespace LspPing {
 // Reads one Downstream Mapping TLV (its header at `offset`) into an
 // LspPingDownstreamMappingInfo. Only the masked IP set multipath form is
 // read; the other defined forms are refused, undefined ones skipped.
-class LspPingDownstreamMappingTlvParser : public Orv::Entity {
+class LSPPING_EXPORT LspPingDownstreamMappingTlvParser : public Orv::Entity {
 public:
   LspPingDownstreamMappingTlvParser(Orv::Ptr<Wirx::Pkt> pkt, U32 offset)
       : pkt_(std::move(pkt)), offset_(offset) {}
@@ -44,7 +45,7 @@ private:
   bool initialized_ = false;
 };
 
-Orv::Ptr<LspPingDownstreamMappingTlvParser>
+LSPPING_EXPORT Orv::Ptr<LspPingDownstreamMappingTlvParser>
 lspPingDownstreamMappingTlvParserFactory(Orv::Ptr<Wirx::Pkt> pkt, U32 offset);
 
 } // namespace LspPing

@@ -5,6 +5,7 @@
 #include "Interface/EthDevPamManager.h"
 #include "Interface/PamDesiredIntfDir.h"
 #include "LspPing/LspPingEnum.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 #include "Wirx/NamespaceName.h"
 
@@ -13,7 +14,7 @@ namespace LspPing {
 // Owns the platform's Ethernet-device PAM manager for the ping client and
 // sets it up for echo requests: one raw module per desired interface of the
 // namespace, for MPLS unicast frames only, jumbo-sized, without broadcasts.
-class LspPingEthDevPamManager : public Orv::NamedEntity {
+class LSPPING_EXPORT LspPingEthDevPamManager : public Orv::NamedEntity {
 public:
   // The largest frame the modules receive: a jumbo frame.
   static constexpr U32 maxRxPktData = 9600;
@@ -59,7 +60,7 @@ private:
   bool initialized_ = false;
 };
 
-Orv::Ptr<LspPingEthDevPamManager> lspPingEthDevPamManagerFactory(
+LSPPING_EXPORT Orv::Ptr<LspPingEthDevPamManager> lspPingEthDevPamManagerFactory(
     const Orv::Name &name, const Wirx::NamespaceName &netNs,
     Orv::Ptr<const Interface::DeviceIntfStatusDir> deviceIntfStatusDir,
     Orv::Ptr<const Interface::PamDesiredIntfDir> desiredIntfDir,

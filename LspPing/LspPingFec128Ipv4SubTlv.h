@@ -1,11 +1,12 @@
 #pragma once
 
 #include "LspPing/LspPingTlvHdr.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 // FEC 128 pseudowire sub-TLV (type 10, length 14).
-struct LspPingFec128Ipv4SubTlv : LspPingTlvHdr {
+struct LSPPING_EXPORT LspPingFec128Ipv4SubTlv : LspPingTlvHdr {
   U32Nbo senderAddr{0};
   U32Nbo receiverAddr{0};
   U32Nbo pwId{0};

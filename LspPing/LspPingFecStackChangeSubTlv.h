@@ -1,11 +1,12 @@
 #pragma once
 
 #include "LspPing/LspPingTlvHdr.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 // FEC stack change sub-TLV (type 3) of the detailed downstream mapping TLV.
-struct LspPingFecStackChangeSubTlv : LspPingTlvHdr {
+struct LSPPING_EXPORT LspPingFecStackChangeSubTlv : LspPingTlvHdr {
   U8 operType = 0;
   U8 addrType = 0;
   U8 fecTlvLen = 0;

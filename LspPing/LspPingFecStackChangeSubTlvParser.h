@@ -2,13 +2,14 @@
 
 #include "LspPing/LspPingFecStackChangeSubTlv.h"
 #include "LspPing/LspPingRecordParser.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 using LspPingFecStackChangeSubTlvParser =
     LspPingRecordParser<LspPingFecStackChangeSubTlv>;
 
-Orv::Ptr<LspPingFecStackChangeSubTlvParser>
+LSPPING_EXPORT Orv::Ptr<LspPingFecStackChangeSubTlvParser>
 lspPingFecStackChangeSubTlvParserFactory(Orv::Ptr<Wirx::Pkt> pkt, U32 offset);
 
 } // namespace LspPing

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "LspPing/LspPingRecord.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 // The 32-byte echo header that starts every echo request and reply.
-struct LspPingHdr {
+struct LSPPING_EXPORT LspPingHdr {
   U16Nbo versionNbo{0};
   U16Nbo globalFlagsNbo{0};
   U8 messageType = 0;   // LspPingMsgType

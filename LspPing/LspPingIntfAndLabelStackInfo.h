@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "LspPing/LspPingEnum.h"
+#include "Orv/Export.h"
 #include "Orv/ValueText.h"
 #include "Wirx/IntfId.h"
 #include "Wirx/IpGenAddr.h"
@@ -14,7 +15,7 @@ namespace LspPing {
 
 // What an Interface and Label Stack TLV tells: the interface a request
 // arrived on and the label stack it arrived with.
-struct LspPingIntfAndLabelStackInfo {
+struct LSPPING_EXPORT LspPingIntfAndLabelStackInfo {
   Wirx::IpGenAddr addr;
   Wirx::IntfId intf;
   Wirx::MplsLabelStack labelStack;
@@ -38,11 +39,12 @@ struct LspPingIntfAndLabelStackInfo {
       Orv::Field{"valid", &LspPingIntfAndLabelStackInfo::valid}};
 };
 
-std::ostream &operator<<(std::ostream &os,
-                         const LspPingIntfAndLabelStackInfo &info);
+LSPPING_EXPORT std::ostream &
+operator<<(std::ostream &os, const LspPingIntfAndLabelStackInfo &info);
 
-LspPingIntfAndLabelStackInfo lspPingIntfAndLabelStackInfoFactory();
-LspPingIntfAndLabelStackInfo lspPingIntfAndLabelStackInfoFactory(
+LSPPING_EXPORT LspPingIntfAndLabelStackInfo
+lspPingIntfAndLabelStackInfoFactory();
+LSPPING_EXPORT LspPingIntfAndLabelStackInfo lspPingIntfAndLabelStackInfoFactory(
     const Wirx::IpGenAddr &addr, Wirx::IntfId intf,
     const Wirx::MplsLabelStack &labelStack, bool valid);
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LspPing/LspPingIntfAndLabelStackHdr.h"
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 #include "Wirx/IpGenAddr.h"
 
@@ -9,7 +10,7 @@ namespace LspPing {
 // A view of an Interface and Label Stack TLV value whose form depends on its
 // address type. Getters require a valid view: calling one otherwise is a
 // programming error.
-class LspPingIntfAndLabelStackTlvContainer : public Orv::Object {
+class LSPPING_EXPORT LspPingIntfAndLabelStackTlvContainer : public Orv::Object {
 public:
   // Points the view at `length` value bytes; valid for numbered IPv4 (at
   // least 12 bytes), unnumbered IPv4 (12) and numbered IPv6 (36) only.
@@ -32,7 +33,7 @@ private:
   const LspPingIntfAndLabelStackIpv6Tlv *ipv6Tlv_ = nullptr;
 };
 
-Orv::Ptr<LspPingIntfAndLabelStackTlvContainer>
+LSPPING_EXPORT Orv::Ptr<LspPingIntfAndLabelStackTlvContainer>
 lspPingIntfAndLabelStackTlvContainerFactory();
 
 } // namespace LspPing

@@ -4,13 +4,14 @@
 
 #include "LspPing/LspPingIntfAndLabelStackInfo.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Wirx/Pkt.h"
 
 namespace LspPing {
 
 // Reads one Interface and Label Stack TLV (its header at `offset`) into an
 // LspPingIntfAndLabelStackInfo.
-class LspPingIntfAndLabelStackTlvParser : public Orv::Entity {
+class LSPPING_EXPORT LspPingIntfAndLabelStackTlvParser : public Orv::Entity {
 public:
   LspPingIntfAndLabelStackTlvParser(Orv::Ptr<Wirx::Pkt> pkt, U32 offset)
       : pkt_(std::move(pkt)), offset_(offset) {}
@@ -39,7 +40,7 @@ private:
   bool initialized_ = false;
 };
 
-Orv::Ptr<LspPingIntfAndLabelStackTlvParser>
+LSPPING_EXPORT Orv::Ptr<LspPingIntfAndLabelStackTlvParser>
 lspPingIntfAndLabelStackTlvParserFactory(Orv::Ptr<Wirx::Pkt> pkt, U32 offset);
 
 } // namespace LspPing

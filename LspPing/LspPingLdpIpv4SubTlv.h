@@ -1,11 +1,12 @@
 #pragma once
 
 #include "LspPing/LspPingTlvHdr.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 // LDP IPv4 prefix sub-TLV of the Target FEC Stack (type 1, length 5).
-struct LspPingLdpIpv4SubTlv : LspPingTlvHdr {
+struct LSPPING_EXPORT LspPingLdpIpv4SubTlv : LspPingTlvHdr {
   U32Nbo ipPrefix{0};
   U8 prefixLen = 0;
   U8 mbz0 = 0;

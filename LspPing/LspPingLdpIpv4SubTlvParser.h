@@ -2,12 +2,13 @@
 
 #include "LspPing/LspPingLdpIpv4SubTlv.h"
 #include "LspPing/LspPingRecordParser.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 using LspPingLdpIpv4SubTlvParser = LspPingRecordParser<LspPingLdpIpv4SubTlv>;
 
-Orv::Ptr<LspPingLdpIpv4SubTlvParser>
+LSPPING_EXPORT Orv::Ptr<LspPingLdpIpv4SubTlvParser>
 lspPingLdpIpv4SubTlvParserFactory(Orv::Ptr<Wirx::Pkt> pkt, U32 offset);
 
 } // namespace LspPing

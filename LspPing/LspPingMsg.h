@@ -3,6 +3,7 @@
 #include "LspPing/LspPingEnum.h"
 #include "LspPing/LspPingPduParser.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Wirx/IpGenAddr.h"
 #include "Wirx/Pkt.h"
 
@@ -10,7 +11,7 @@ namespace LspPing {
 
 // One received echo packet with what the reply listener learned about it.
 // Immutable: the packet is shared with the listener, never copied.
-class LspPingMsg : public Orv::Entity {
+class LSPPING_EXPORT LspPingMsg : public Orv::Entity {
 public:
   LspPingMsg(Orv::Ptr<Wirx::Pkt> pkt, U16 offset,
              const Wirx::IpGenAddr &ipGenAddr, U16 port,
@@ -38,7 +39,7 @@ private:
   const Orv::Ptr<const LspPingPduParser> lspPingPduParser_;
 };
 
-Orv::Ptr<LspPingMsg>
+LSPPING_EXPORT Orv::Ptr<LspPingMsg>
 lspPingMsgFactory(Orv::Ptr<Wirx::Pkt> pkt, U16 offset,
                   const Wirx::IpGenAddr &ipGenAddr, U16 port,
                   Orv::Ptr<const LspPingPduParser> lspPingPduParser);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LspPing/LspPingMsg.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 
 namespace LspPing {
@@ -9,7 +10,7 @@ namespace LspPing {
 // Writing raises `readableCount`, whose watcher takes the message at once
 // (notification is synchronous), so the slot is empty again before the next
 // write. A second write into a full slot is a broken hand-off, not bad input.
-class LspPingMsgPipe : public Orv::NamedEntity {
+class LSPPING_EXPORT LspPingMsgPipe : public Orv::NamedEntity {
 public:
   static constexpr Orv::Attr<U32> readableCountAttr{1};
 
@@ -30,6 +31,7 @@ private:
   U32 readableCount_ = 0;
 };
 
-Orv::Ptr<LspPingMsgPipe> lspPingMsgPipeFactory(const Orv::Name &name);
+LSPPING_EXPORT Orv::Ptr<LspPingMsgPipe>
+lspPingMsgPipeFactory(const Orv::Name &name);
 
 } // namespace LspPing

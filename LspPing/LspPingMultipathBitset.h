@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "LspPing/LspPingEnum.h"
+#include "Orv/Export.h"
 #include "Orv/SparseArray.h"
 #include "Orv/ValueText.h"
 
@@ -38,9 +39,10 @@ struct LspPingMultipathBitset {
                  Orv::Field{"size", &LspPingMultipathBitset::size}};
 };
 
-std::ostream &operator<<(std::ostream &os,
-                         const LspPingMultipathBitset &bitset);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                        const LspPingMultipathBitset &bitset);
 
-LspPingMultipathBitset lspPingMultipathBitsetFactory(U32 size = 0);
+LSPPING_EXPORT LspPingMultipathBitset
+lspPingMultipathBitsetFactory(U32 size = 0);
 
 } // namespace LspPing

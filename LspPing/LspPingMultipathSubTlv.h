@@ -1,11 +1,12 @@
 #pragma once
 
 #include "LspPing/LspPingTlvHdr.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 // Multipath sub-TLV (type 1) of the detailed downstream mapping TLV.
-struct LspPingMultipathSubTlv : LspPingTlvHdr {
+struct LSPPING_EXPORT LspPingMultipathSubTlv : LspPingTlvHdr {
   U8 multipathType = 0; // LspPingMultipathType
   U16Nbo multipathLength{0};
   U8 mbz = 0;

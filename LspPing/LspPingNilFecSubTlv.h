@@ -2,11 +2,12 @@
 
 #include "LspPing/LspPingNilFecSubTlvLabel.h"
 #include "LspPing/LspPingTlvHdr.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 // Nil FEC sub-TLV (type 16, length 4): names a label, not a path.
-struct LspPingNilFecSubTlv : LspPingTlvHdr {
+struct LSPPING_EXPORT LspPingNilFecSubTlv : LspPingTlvHdr {
   LspPingNilFecSubTlvLabel labelField;
 
   bool valid() const;

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "LspPing/LspPingTlvHdr.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 // Node address sub-TLV (type 11) holding an IPv4 node address.
-struct LspPingNodeAddrSubTlv : LspPingTlvHdr {
+struct LSPPING_EXPORT LspPingNodeAddrSubTlv : LspPingTlvHdr {
   U16Nbo subType{0};
   U16Nbo subTypeLen{0};
   U32Nbo addr{0};

@@ -2,12 +2,13 @@
 
 #include "LspPing/LspPingNodeAddrSubTlv.h"
 #include "LspPing/LspPingRecordParser.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 using LspPingNodeAddrSubTlvParser = LspPingRecordParser<LspPingNodeAddrSubTlv>;
 
-Orv::Ptr<LspPingNodeAddrSubTlvParser>
+LSPPING_EXPORT Orv::Ptr<LspPingNodeAddrSubTlvParser>
 lspPingNodeAddrSubTlvParserFactory(Orv::Ptr<Wirx::Pkt> pkt, U32 offset);
 
 } // namespace LspPing

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "LspPing/LspPingTlvHdr.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 // Generic opaque-value sub-TLV (type 1, length 4) with its short header.
-struct LspPingOpaqueValGenSubTlv : LspPingTlvU8Hdr {
+struct LSPPING_EXPORT LspPingOpaqueValGenSubTlv : LspPingTlvU8Hdr {
   U32Nbo lspId{0};
 
   bool valid() const;

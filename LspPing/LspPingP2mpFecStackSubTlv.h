@@ -1,12 +1,13 @@
 #pragma once
 
 #include "LspPing/LspPingTlvHdr.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 // Point-to-multipoint FEC stack sub-TLV (type 19) with an IPv4 root address;
 // an opaque value of opaqueLen bytes follows.
-struct LspPingP2mpFecStackSubTlv : LspPingTlvHdr {
+struct LSPPING_EXPORT LspPingP2mpFecStackSubTlv : LspPingTlvHdr {
   U16Nbo family{0};
   U8 addrLen = 0;
   U32Nbo rootAddr{0};

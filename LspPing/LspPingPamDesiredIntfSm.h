@@ -4,6 +4,7 @@
 #include "Ip/VrfIpIntfStatus.h"
 #include "Ip6/VrfIp6IntfStatus.h"
 #include "L3/VrfName.h"
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 #include "Orv/Reactor.h"
 #include "Wirx/IntfId.h"
@@ -12,7 +13,7 @@ namespace LspPing {
 
 // Management and internal interfaces never carry echo requests: no label
 // switched path runs over them.
-bool isManagementOrInternalInterface(const Wirx::IntfId &intfId);
+LSPPING_EXPORT bool isManagementOrInternalInterface(const Wirx::IntfId &intfId);
 
 // Decides on which interfaces the ping client wants a raw Ethernet
 // packet-access module: every interface with IPv4 or IPv6 status in the VRF,
@@ -21,7 +22,8 @@ bool isManagementOrInternalInterface(const Wirx::IntfId &intfId);
 // entry in the desired directory, so an interface that loses its IPv6 status
 // while keeping IPv4 is no longer desired until its IPv4 status next
 // changes. Either status may be null, for a family the host does not run.
-class LspPingPamDesiredIntfSm : public Orv::Object, public Orv::Reactor {
+class LSPPING_EXPORT LspPingPamDesiredIntfSm : public Orv::Object,
+                                               public Orv::Reactor {
 public:
   LspPingPamDesiredIntfSm(
       const L3::VrfName &vrfName,
@@ -60,7 +62,7 @@ private:
   bool initialized_ = false;
 };
 
-Orv::Ptr<LspPingPamDesiredIntfSm> lspPingPamDesiredIntfSmFactory(
+LSPPING_EXPORT Orv::Ptr<LspPingPamDesiredIntfSm> lspPingPamDesiredIntfSmFactory(
     const L3::VrfName &vrfName,
     Orv::Ptr<const Ip::VrfIpIntfStatus> vrfIpIntfStatus,
     Orv::Ptr<const Ip6::VrfIp6IntfStatus> vrfIp6IntfStatus,

@@ -6,13 +6,14 @@
 #include "LspPing/LspPingHdr.h"
 #include "LspPing/LspPingTlvGroupParser.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Wirx/Pkt.h"
 
 namespace LspPing {
 
 // Parses one received echo message: the echo header at `offset`, then the
 // TLVs behind it up to the end of the packet's data.
-class LspPingPduParser : public Orv::Entity {
+class LSPPING_EXPORT LspPingPduParser : public Orv::Entity {
 public:
   LspPingPduParser(Orv::Ptr<Wirx::Pkt> pkt, U32 offset);
 
@@ -51,7 +52,7 @@ private:
   bool initialized_ = false;
 };
 
-Orv::Ptr<LspPingPduParser> lspPingPduParserFactory(Orv::Ptr<Wirx::Pkt> pkt,
-                                                   U32 offset);
+LSPPING_EXPORT Orv::Ptr<LspPingPduParser>
+lspPingPduParserFactory(Orv::Ptr<Wirx::Pkt> pkt, U32 offset);
 
 } // namespace LspPing

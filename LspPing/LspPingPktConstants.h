@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LspPing/LspPingEnum.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
@@ -18,6 +19,6 @@ struct LspPingPktConstants {
   bool operator==(const LspPingPktConstants &) const = default;
 };
 
-LspPingPktConstants lspPingPktConstantsFactory();
+LSPPING_EXPORT LspPingPktConstants lspPingPktConstantsFactory();
 
 } // namespace LspPing

@@ -9,6 +9,7 @@
 #include "LspPing/LspPingSrIgpProtocol.h"
 #include "LspPing/LspPingTlvHdr.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Wirx/EthAddr.h"
 #include "Wirx/EthHdr.h"
 #include "Wirx/IntfId.h"
@@ -26,7 +27,7 @@ namespace LspPing {
 
 // What the generator reads of a multipath bitset: its length and its bytes
 // in wire order, a byte not stored being 0. Made implicitly from the value.
-class LspPingMultipathBitsetBytes {
+class LSPPING_EXPORT LspPingMultipathBitsetBytes {
 public:
   LspPingMultipathBitsetBytes(const LspPingMultipathBitset &bitset)
       : bitset_(bitset) {}
@@ -53,7 +54,7 @@ private:
 // The caller chooses every value and the order of the calls: a layer that
 // does not fit, a layer out of order or an unsupported address or multipath
 // type is a programming error and stops the process.
-class LspPingPktGen : public Orv::Entity {
+class LSPPING_EXPORT LspPingPktGen : public Orv::Entity {
 public:
   explicit LspPingPktGen(Orv::Ptr<Wirx::Pkt> pkt);
 
@@ -211,6 +212,7 @@ private:
   bool initialized_ = false;
 };
 
-Orv::Ptr<LspPingPktGen> lspPingPktGenFactory(Orv::Ptr<Wirx::Pkt> pkt);
+LSPPING_EXPORT Orv::Ptr<LspPingPktGen>
+lspPingPktGenFactory(Orv::Ptr<Wirx::Pkt> pkt);
 
 } // namespace LspPing

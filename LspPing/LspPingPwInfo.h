@@ -5,13 +5,14 @@
 #include <tuple>
 
 #include "LspPing/LspPingEnum.h"
+#include "Orv/Export.h"
 #include "Orv/ValueText.h"
 #include "Wirx/IpGenAddr.h"
 
 namespace LspPing {
 
 // The identity of a FEC 128 pseudowire named by a Target FEC Stack.
-struct LspPingPwInfo {
+struct LSPPING_EXPORT LspPingPwInfo {
   Wirx::IpGenAddr senderAddr;
   Wirx::IpGenAddr receiverAddr;
   U32 pwId = 0;
@@ -32,11 +33,12 @@ struct LspPingPwInfo {
                  Orv::Field{"pwType", &LspPingPwInfo::pwType}};
 };
 
-std::ostream &operator<<(std::ostream &os, const LspPingPwInfo &info);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                        const LspPingPwInfo &info);
 
-LspPingPwInfo lspPingPwInfoFactory();
-LspPingPwInfo lspPingPwInfoFactory(const Wirx::IpGenAddr &senderAddr,
-                                   const Wirx::IpGenAddr &receiverAddr,
-                                   U32 pwId, U32 pwType);
+LSPPING_EXPORT LspPingPwInfo lspPingPwInfoFactory();
+LSPPING_EXPORT LspPingPwInfo
+lspPingPwInfoFactory(const Wirx::IpGenAddr &senderAddr,
+                     const Wirx::IpGenAddr &receiverAddr, U32 pwId, U32 pwType);
 
 } // namespace LspPing

@@ -2,13 +2,17 @@
 
 #include "LspPing/LspPingEnum.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Wirx/Pkt.h"
 
 namespace LspPing {
 
 // Locates one wire record in a packet and nothing more: validation is the
 // record's own valid(). The family of small parsers differs only in Record.
-template <class Record> class LspPingRecordParser : public Orv::Entity {
+// Exported although a template: each parser is polymorphic, and its type
+// information must be one on both sides of the library's boundary.
+template <class Record>
+class LSPPING_EXPORT LspPingRecordParser : public Orv::Entity {
 public:
   LspPingRecordParser(Orv::Ptr<Wirx::Pkt> pkt, U32 offset)
       : pkt_(std::move(pkt)), offset_(offset) {

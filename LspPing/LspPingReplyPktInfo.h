@@ -7,6 +7,7 @@
 #include "LspPing/LspPingDownstreamMappingInfo.h"
 #include "LspPing/LspPingIntfAndLabelStackInfo.h"
 #include "LspPing/LspPingReturnCode.h"
+#include "Orv/Export.h"
 #include "Orv/SparseArray.h"
 #include "Orv/ValueText.h"
 #include "Wirx/IpGenAddr.h"
@@ -14,7 +15,7 @@
 namespace LspPing {
 
 // What one echo reply told a ping client.
-struct LspPingReplyPktInfo {
+struct LSPPING_EXPORT LspPingReplyPktInfo {
   using DownstreamMappingInfos =
       Orv::SparseArray<U32, LspPingDownstreamMappingInfo>;
 
@@ -62,11 +63,11 @@ struct LspPingReplyPktInfo {
   static void valueTextReadRefused();
 };
 
-std::ostream &operator<<(std::ostream &os, const LspPingReplyPktInfo &info);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                        const LspPingReplyPktInfo &info);
 
-LspPingReplyPktInfo lspPingReplyPktInfoFactory(U32 seqNum,
-                                               LspPingReturnCode retCode,
-                                               const Wirx::IpGenAddr &replyHost,
-                                               U32 roundTrip);
+LSPPING_EXPORT LspPingReplyPktInfo
+lspPingReplyPktInfoFactory(U32 seqNum, LspPingReturnCode retCode,
+                           const Wirx::IpGenAddr &replyHost, U32 roundTrip);
 
 } // namespace LspPing

@@ -17,6 +17,7 @@
 #include "Mpls/LfibStatus.h"
 #include "MplsUtils/EthPktParser.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Orv/Name.h"
 #include "Rsvp/RsvpStatus.h"
 #include "Tunnel/TunnelTable/TiLfaTunnelTable.h"
@@ -31,7 +32,7 @@ class LspPingPktGen;
 // with a return code, a subcode and, for labelled requests, an Interface
 // and Label Stack TLV or Downstream Mapping TLVs. It keeps nothing between
 // requests; its inputs are read-only and fixed at construction.
-class LspPingReqHandler : public Orv::Entity {
+class LSPPING_EXPORT LspPingReqHandler : public Orv::Entity {
 public:
   LspPingReqHandler(
       Orv::Ptr<const Mpls::Hardware::Status> mplsHwStatus,
@@ -128,7 +129,7 @@ private:
   const Orv::Ptr<const Interface::DeviceIntfStatusDir> deviceIntfStatusDir_;
 };
 
-Orv::Ptr<LspPingReqHandler> lspPingReqHandlerFactory(
+LSPPING_EXPORT Orv::Ptr<LspPingReqHandler> lspPingReqHandlerFactory(
     Orv::Ptr<const Mpls::Hardware::Status> mplsHwStatus,
     Orv::Ptr<const Mpls::Api::Status> mplsStatus,
     Orv::Ptr<const Mpls::CommonLib> ldpCommonLib,

@@ -8,6 +8,7 @@
 #include "LspPing/LspPingReturnCode.h"
 #include "Mpls/LfibRoute.h"
 #include "Mpls/LfibViaSet.h"
+#include "Orv/Export.h"
 #include "Orv/ValueText.h"
 
 namespace LspPing {
@@ -38,9 +39,10 @@ struct LspPingRequestInfo {
                  Orv::Field{"route", &LspPingRequestInfo::route}};
 };
 
-std::ostream &operator<<(std::ostream &os, const LspPingRequestInfo &info);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                        const LspPingRequestInfo &info);
 
-LspPingRequestInfo lspPingRequestInfoFactory(
+LSPPING_EXPORT LspPingRequestInfo lspPingRequestInfoFactory(
     LspPingReturnCode retCode = LspPingReturnCode::noRetCode,
     U8 retSubcode = 0);
 

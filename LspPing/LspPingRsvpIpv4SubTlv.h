@@ -1,11 +1,12 @@
 #pragma once
 
 #include "LspPing/LspPingTlvHdr.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 // RSVP IPv4 LSP sub-TLV of the Target FEC Stack (type 3, length 20).
-struct LspPingRsvpIpv4SubTlv : LspPingTlvHdr {
+struct LSPPING_EXPORT LspPingRsvpIpv4SubTlv : LspPingTlvHdr {
   U32Nbo destination{0};
   U16Nbo mbz0{0};
   U16Nbo tunnelId{0};

@@ -2,12 +2,13 @@
 
 #include "LspPing/LspPingRecordParser.h"
 #include "LspPing/LspPingRsvpIpv4SubTlv.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
 using LspPingRsvpIpv4SubTlvParser = LspPingRecordParser<LspPingRsvpIpv4SubTlv>;
 
-Orv::Ptr<LspPingRsvpIpv4SubTlvParser>
+LSPPING_EXPORT Orv::Ptr<LspPingRsvpIpv4SubTlvParser>
 lspPingRsvpIpv4SubTlvParserFactory(Orv::Ptr<Wirx::Pkt> pkt, U32 offset);
 
 } // namespace LspPing

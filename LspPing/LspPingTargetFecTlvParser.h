@@ -12,6 +12,7 @@
 #include "LspPing/LspPingSrIpv6SubTlv.h"
 #include "LspPing/LspPingTlvGroupParser.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Rsvp/RsvpSpId.h"
 #include "Wirx/IpGenAddr.h"
 #include "Wirx/IpGenPrefix.h"
@@ -21,7 +22,7 @@ namespace LspPing {
 // Reads the Target FEC Stack TLV whose value starts at `offset`: keeps the
 // last sub-TLV of each kind it knows and turns the first usable one into the
 // tested path (a prefix, an RSVP identity, or a pseudowire).
-class LspPingTargetFecTlvParser : public Orv::Entity {
+class LSPPING_EXPORT LspPingTargetFecTlvParser : public Orv::Entity {
 public:
   LspPingTargetFecTlvParser(Orv::Ptr<Wirx::Pkt> pkt, U32 offset);
 
@@ -84,7 +85,7 @@ private:
   bool initialized_ = false;
 };
 
-Orv::Ptr<LspPingTargetFecTlvParser>
+LSPPING_EXPORT Orv::Ptr<LspPingTargetFecTlvParser>
 lspPingTargetFecTlvParserFactory(Orv::Ptr<Wirx::Pkt> pkt, U32 offset);
 
 } // namespace LspPing

@@ -4,6 +4,7 @@
 
 #include "LspPing/TlvTypeOffsetColl.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Orv/SmallVec.h"
 #include "Wirx/Pkt.h"
 
@@ -12,7 +13,7 @@ namespace LspPing {
 // Walks a sequence of TLVs (the body of an echo message, or the sub-TLVs of
 // a Target FEC Stack), checks that each fits, and indexes them by position
 // and by type. Only offsets into the packet are kept.
-class LspPingTlvGroupParser : public Orv::Entity {
+class LSPPING_EXPORT LspPingTlvGroupParser : public Orv::Entity {
 public:
   LspPingTlvGroupParser(Orv::Ptr<Wirx::Pkt> pkt, U32 offset, U32 size);
 
@@ -43,7 +44,7 @@ private:
   Orv::SmallVec<U32, 8> tlvOffset_;
 };
 
-Orv::Ptr<LspPingTlvGroupParser>
+LSPPING_EXPORT Orv::Ptr<LspPingTlvGroupParser>
 lspPingTlvGroupParserFactory(Orv::Ptr<Wirx::Pkt> pkt, U32 offset, U32 size);
 
 } // namespace LspPing

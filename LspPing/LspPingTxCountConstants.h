@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LspPing/LspPingEnum.h"
+#include "Orv/Export.h"
 
 namespace LspPing {
 
@@ -14,6 +15,6 @@ struct LspPingTxCountConstants {
   bool operator==(const LspPingTxCountConstants &) const = default;
 };
 
-LspPingTxCountConstants lspPingTxCountConstantsFactory();
+LSPPING_EXPORT LspPingTxCountConstants lspPingTxCountConstantsFactory();
 
 } // namespace LspPing

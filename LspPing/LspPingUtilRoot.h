@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LspPing/LspPingClientRoot.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 
 namespace LspPing {
@@ -9,7 +10,7 @@ namespace LspPing {
 // through the runtime's factories, as "LspPing::LspPingUtilRoot") and
 // starts the ping client side in it, handing in the platform state the
 // client needs. Dropping the client root tears the client side down.
-class LspPingUtilRoot : public Orv::NamedEntity {
+class LSPPING_EXPORT LspPingUtilRoot : public Orv::NamedEntity {
 public:
   static constexpr Orv::Attr<Orv::Ptr<LspPingClientRoot>> lspPingClientRootAttr{
       1};
@@ -35,6 +36,7 @@ private:
   Orv::Ptr<LspPingClientRoot> lspPingClientRoot_;
 };
 
-Orv::Ptr<LspPingUtilRoot> lspPingUtilRootFactory(const Orv::Name &name);
+LSPPING_EXPORT Orv::Ptr<LspPingUtilRoot>
+lspPingUtilRootFactory(const Orv::Name &name);
 
 } // namespace LspPing

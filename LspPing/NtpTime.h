@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "LspPing/LspPingEnum.h"
+#include "Orv/Export.h"
 #include "Orv/ValueText.h"
 
 namespace LspPing {
@@ -22,11 +23,11 @@ struct NtpTimeU64 {
                  Orv::Field{"microSeconds", &NtpTimeU64::microSeconds}};
 };
 
-std::ostream &operator<<(std::ostream &os, const NtpTimeU64 &t);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os, const NtpTimeU64 &t);
 
 // The NTP clock: the runtime's clock moved to the 1900 epoch. Stamps carry
 // microsecond resolution only, like the stamps our peers send.
-struct NtpTime {
+struct LSPPING_EXPORT NtpTime {
   static constexpr double unixToNtpSeconds = 2208988800.0;
 
   // Seconds since 1 January 1900.

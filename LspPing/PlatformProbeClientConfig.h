@@ -5,6 +5,7 @@
 #include "MplsUtils/EthPktParser.h"
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Wirx/IntfId.h"
 #include "Wirx/IpGenAddr.h"
 
@@ -12,7 +13,7 @@ namespace LspPing::PlatformProbe {
 
 // One probe: a template packet to inject on an interface, traced once per
 // destination address.
-class ClientConfig : public Orv::Entity {
+class LSPPING_EXPORT ClientConfig : public Orv::Entity {
 public:
   static constexpr Orv::CollAttr<Wirx::IpGenAddr> addrAttr{1};
   static constexpr Orv::Attr<Wirx::IntfId> ingressIntfAttr{2};

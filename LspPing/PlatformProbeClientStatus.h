@@ -2,13 +2,14 @@
 
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "PacketTracer/Result.h"
 #include "Wirx/IpGenAddr.h"
 
 namespace LspPing::PlatformProbe {
 
 // What one probe has asked the packet tracer and what it has heard back.
-class ClientStatus : public Orv::Entity {
+class LSPPING_EXPORT ClientStatus : public Orv::Entity {
 public:
   static constexpr Orv::CollAttr<Wirx::IpGenAddr> requestAttr{1};
   static constexpr Orv::CollAttr<Orv::U32> resultAttr{2};

@@ -3,11 +3,12 @@
 #include "LspPing/PlatformProbeClientConfig.h"
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 
 namespace LspPing::PlatformProbe {
 
 // Every configured probe, by probe id.
-class Config : public Orv::Entity {
+class LSPPING_EXPORT Config : public Orv::Entity {
 public:
   static constexpr Orv::CollAttr<Orv::U32> clientAttr{1};
 

@@ -6,6 +6,7 @@
 #include "LspPing/PlatformProbeStatus.h"
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Orv/Reactor.h"
 #include "PacketTracer/ClientConfig.h"
 #include "PacketTracer/ClientStatus.h"
@@ -22,7 +23,7 @@ namespace LspPing::PlatformProbe {
 // is looked up under probe id 0, and dropped if no probe 0 has a status.
 // Only probes entering and leaving `config` are watched; a change inside a
 // probe's configuration does not refile its requests.
-class ProbeSm : public Orv::Entity, public Orv::Reactor {
+class LSPPING_EXPORT ProbeSm : public Orv::Entity, public Orv::Reactor {
 public:
   static constexpr Orv::Attr<Orv::U32> packetTracerClientIdAttr{1};
   static constexpr Orv::CollAttr<Orv::U32> tracerClientIdToProbeIdAttr{2};
@@ -86,7 +87,7 @@ private:
       *this, tracerClientIdToProbeIdAttr};
 };
 
-Orv::Ptr<ProbeSm>
+LSPPING_EXPORT Orv::Ptr<ProbeSm>
 ProbeSmIs(Orv::Ptr<const Config> config, Orv::Ptr<Status> status,
           Orv::Ptr<PacketTracer::ClientConfig> packetTracerConfig,
           Orv::Ptr<const PacketTracer::ClientStatus> packetTracerStatus,

@@ -3,11 +3,12 @@
 #include "LspPing/PlatformProbeClientStatus.h"
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 
 namespace LspPing::PlatformProbe {
 
 // The status of every probe, by probe id.
-class Status : public Orv::Entity {
+class LSPPING_EXPORT Status : public Orv::Entity {
 public:
   static constexpr Orv::CollAttr<Orv::U32> clientAttr{1};
 

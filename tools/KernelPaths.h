@@ -7,7 +7,7 @@
 #include "Ip/VrfIpIntfStatus.h"
 #include "Ip6/VrfIp6IntfStatus.h"
 #include "tools/KernelRoutes.h"
-#include "tools/LspSpec.h"
+#include "tools/Lsp.h"
 
 namespace LspPingTool {
 

@@ -66,11 +66,35 @@ bool LinuxSessionHost::start(const std::set<Wirx::IntfId> &txIntfs, bool ipv4,
   clientRoot_ = utilRoot_->lspPingClientRootIs(
       allIntfStatusDir_, allIntfStatusLocalDir_, kniStatus_, vrfIpIntfStatus_,
       vrfIp6IntfStatus_, replyTap_, Orv::Ptr<Kiv::TimerWheel>(&loop_.wheel()));
+  return openRaws(txIntfs_, error);
+}
+
+bool LinuxSessionHost::txIntfsAdd(const std::set<Wirx::IntfId> &intfs,
+                                  std::string &error) {
+  std::set<Wirx::IntfId> added;
+  for (const Wirx::IntfId &intf : intfs) {
+    if (txIntfs_.insert(intf).second) {
+      added.insert(intf);
+    }
+  }
+  if (added.empty() || openRaws(added, error)) {
+    return true;
+  }
+  for (const Wirx::IntfId &intf : added) {
+    txIntfs_.erase(intf);
+  }
+  return false;
+}
+
+// Installing the opener has the PAM manager open every module anew, with
+// the interfaces now wanted.
+bool LinuxSessionHost::openRaws(const std::set<Wirx::IntfId> &intfs,
+                                std::string &error) {
   clientRoot_->lspPingEthDevPamManager()->ethDevPamManager()->pamOpenerIs(
       [this](const Interface::EthDevPamParams &params) {
         return openRaw(params);
       });
-  for (const Wirx::IntfId &intf : txIntfs_) {
+  for (const Wirx::IntfId &intf : intfs) {
     if (!clientRoot_->ethDevPamCollection()->intfPam(intf)) {
       const auto why = rawErrors_.find(intf);
       error = why != rawErrors_.end()

@@ -52,6 +52,11 @@ public:
   bool start(const std::set<Wirx::IntfId> &txIntfs, bool ipv4, bool ipv6,
              std::string &error);
 
+  // Opens raw modules on `intfs` too, for targets that leave by interfaces
+  // the host was not started with. False, with `error`, when one cannot be
+  // opened.
+  bool txIntfsAdd(const std::set<Wirx::IntfId> &intfs, std::string &error);
+
   LspPing::LspPingClientRoot &clientRoot() const override {
     return *clientRoot_;
   }
@@ -62,6 +67,9 @@ public:
 
 private:
   Orv::Ptr<Wirx::Pam> openRaw(const Interface::EthDevPamParams &params);
+  // (Re)opens the raw modules of `txIntfs_`; false, with `error`, when the
+  // one of `intfs` cannot be opened.
+  bool openRaws(const std::set<Wirx::IntfId> &intfs, std::string &error);
 
   Kiv::EventLoop &loop_;
   const PathSource &paths_;

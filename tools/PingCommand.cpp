@@ -8,7 +8,7 @@
 #include <string>
 
 #include "tools/ExitStatus.h"
-#include "tools/LspSpec.h"
+#include "tools/Lsp.h"
 #include "tools/PingRunner.h"
 #include "tools/StateOptions.h"
 

@@ -11,7 +11,7 @@
 #include "Session/PingSession.h"
 #include "Session/Reply.h"
 #include "Session/Trace.h"
-#include "tools/LspSpec.h"
+#include "tools/Lsp.h"
 
 namespace LspPingTool {
 

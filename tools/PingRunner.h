@@ -10,7 +10,7 @@
 #include "Session/TraceSession.h"
 #include "tools/CommandLinePaths.h"
 #include "tools/LinuxSessionHost.h"
-#include "tools/LspSpec.h"
+#include "tools/Lsp.h"
 #include "tools/PingReport.h"
 #include "tools/SignalFd.h"
 #include "tools/StateSource.h"

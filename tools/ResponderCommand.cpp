@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tools/ExitStatus.h"
+#include "tools/MonitorCommand.h"
 #include "tools/ResponderDaemon.h"
 
 namespace LspPingTool {
@@ -48,6 +49,10 @@ int respond(CommandLine &c) {
   if (const std::string error = readReplySources(c); !error.empty()) {
     std::cerr << "lspping responder: " << error << "\n";
     return exitError;
+  }
+  std::string error;
+  if (!c.options.metricsText.empty()) {
+    c.options.metrics = listenAddressOf(c.options.metricsText, error);
   }
   // Standard output closed by its reader must not end the daemon.
   std::signal(SIGPIPE, SIG_IGN);
@@ -102,6 +107,10 @@ void addResponderCommand(CLI::App &app, int &status) {
   cmd->add_option("--reply-source", c->replySources,
                   "source address of the replies of its family, in place of "
                   "the state file's (default: the kernel's choice by route)");
+  cmd->add_option("--metrics", c->options.metricsText,
+                  "serve Prometheus metrics (the counters) on "
+                  "http://ADDR:PORT/metrics; [ADDR]:PORT for IPv6")
+      ->check(listenAddressCheck());
   cmd->add_flag("--json", c->options.json,
                 "one JSON object per line on standard output: each reply "
                 "and drop, and the counters (see README)");

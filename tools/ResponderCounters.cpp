@@ -47,6 +47,26 @@ std::string ResponderCounters::text() const {
   return text;
 }
 
+void ResponderCounters::writeMetrics(MetricsText &text) const {
+  text.family("lspping_responder_frames_total", "counter",
+              "Frames the responder's sockets took.");
+  text.sample("lspping_responder_frames_total", {}, received_);
+  text.family("lspping_responder_replies_total", "counter",
+              "Echo replies sent, by return code name.");
+  for (const auto &[code, count] : replies_) {
+    text.sample("lspping_responder_replies_total",
+                {{"code", returnCodeName(code)}}, count);
+  }
+  text.family("lspping_responder_drops_total", "counter",
+              "Frames dropped, by reason.");
+  for (const auto &[reason, count] : dropped_) {
+    text.sample("lspping_responder_drops_total", {{"reason", reason}}, count);
+  }
+  text.family("lspping_responder_rate_limited_total", "counter",
+              "Echo requests dropped by the rate limit.");
+  text.sample("lspping_responder_rate_limited_total", {}, rateLimited_);
+}
+
 nlohmann::ordered_json ResponderCounters::json() const {
   nlohmann::ordered_json replies = nlohmann::ordered_json::object();
   for (const auto &[code, count] : replies_) {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "Orv/Types.h"
+#include "tools/MetricsText.h"
 
 namespace LspPingTool {
 
@@ -35,6 +36,8 @@ public:
   // {"event":"counters","received":N,"replied":N,"replies":{NAME:N},
   //  "rateLimited":N,"dropped":N,"drops":{REASON:N}}
   nlohmann::ordered_json json() const;
+  // The lspping_responder_ families (see README).
+  void writeMetrics(MetricsText &text) const;
 
 private:
   Orv::U64 received_ = 0;

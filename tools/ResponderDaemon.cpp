@@ -68,6 +68,7 @@ ResponderDaemon::ResponderDaemon(ResponderOptions options, std::ostream &out,
 
 // The modules go before the loop they are registered with.
 ResponderDaemon::~ResponderDaemon() {
+  server_.reset();
   reader_.reset();
   refreshTimer_.reset();
   rawPams_.clear();
@@ -107,6 +108,15 @@ bool ResponderDaemon::start() {
     return false;
   }
   handlerIs(state_);
+  if (options_.metrics) {
+    server_ = MetricsServer::open(
+        loop_, *options_.metrics, [this] { return metrics(); },
+        [this](const std::string &line) { log(line); }, error);
+    if (!server_) {
+      log(error + " (" + options_.metricsText + ")");
+      return false;
+    }
+  }
   try {
     signals_ = std::make_unique<SignalFd>(
         loop_, std::initializer_list<int>{SIGHUP, SIGUSR1, SIGINT, SIGTERM},
@@ -578,6 +588,15 @@ void ResponderDaemon::logCounters() {
          << "\n";
     out_.flush();
   }
+}
+
+std::string ResponderDaemon::metrics() {
+  for (auto &[intf, raw] : rawPams_) {
+    collectModuleDrops(raw);
+  }
+  MetricsText text;
+  counters_.writeMetrics(text);
+  return text.take();
 }
 
 void ResponderDaemon::log(const std::string &line) {

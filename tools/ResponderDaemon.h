@@ -13,6 +13,7 @@
 #include "MplsUtils/EthPktParser.h"
 #include "Orv/Reactor.h"
 #include "Wirx/LinuxRawPam.h"
+#include "tools/MetricsServer.h"
 #include "tools/ReplyTap.h"
 #include "tools/ResponderCounters.h"
 #include "tools/ResponderEvent.h"
@@ -38,6 +39,9 @@ struct ResponderOptions {
   // Override the state file's reply sources, per family.
   std::optional<Wirx::IpAddr> replySource4;
   std::optional<Wirx::Ip6Addr> replySource6;
+  // Where /metrics is served; none: not served.
+  std::optional<ListenAddress> metrics;
+  std::string metricsText;
 };
 
 // `lspping responder`: hosts the library's echo responder on a Linux
@@ -113,6 +117,7 @@ private:
   // Adds what the raw modules dropped on their own since the last call.
   void collectModuleDrops(RawPam &raw);
   void logCounters();
+  std::string metrics();
   void log(const std::string &line);
 
   const ResponderOptions options_;
@@ -120,6 +125,7 @@ private:
   std::ostream &log_;
   Kiv::EventLoop loop_;
   std::unique_ptr<SignalFd> signals_;
+  std::unique_ptr<MetricsServer> server_;
 
   Orv::Ptr<Interface::AllIntfStatusDir> allIntfStatusDir_;
   Orv::Ptr<KernelNetInfo::Status> kniStatus_;

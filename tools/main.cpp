@@ -9,6 +9,7 @@
 #include "tools/DecodeCommand.h"
 #include "tools/DemoCommand.h"
 #include "tools/ExitStatus.h"
+#include "tools/MonitorCommand.h"
 #include "tools/PingCommand.h"
 #include "tools/RespondCommand.h"
 #include "tools/ResponderCommand.h"
@@ -57,6 +58,7 @@ int main(int argc, char **argv) {
   LspPingTool::addResponderCommand(app, status);
   LspPingTool::addStateCommand(app, status);
   LspPingTool::addPingCommands(app, status);
+  LspPingTool::addMonitorCommand(app, status);
   LspPingTool::addDemoCommand(app, status);
   try {
     app.parse(argc, argv);

@@ -2,6 +2,7 @@
 
 #include "Interface/IntfStatus.h"
 #include "Orv/Coll.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 
 namespace Interface {
@@ -10,7 +11,7 @@ namespace Interface {
 // publishes it, whatever namespace or processor its device is in. Watchers
 // learn of each interface whose status comes or goes; changes within a
 // status notify the IntfStatus itself.
-class AllIntfStatusDir : public Orv::NamedEntity {
+class LSPPING_EXPORT AllIntfStatusDir : public Orv::NamedEntity {
 public:
   static constexpr Orv::CollAttr<Wirx::IntfId> intfStatusAttr{1};
 

@@ -2,6 +2,7 @@
 
 #include "Interface/IntfStatus.h"
 #include "Orv/Coll.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 
 namespace Interface {
@@ -11,7 +12,7 @@ namespace Interface {
 // Where an interface is in both directories, its status here is the one that
 // describes the device this processor drives. Watchers learn of each
 // interface whose status comes or goes.
-class AllIntfStatusLocalDir : public Orv::NamedEntity {
+class LSPPING_EXPORT AllIntfStatusLocalDir : public Orv::NamedEntity {
 public:
   static constexpr Orv::CollAttr<Wirx::IntfId> intfStatusAttr{1};
 

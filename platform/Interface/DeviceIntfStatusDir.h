@@ -5,6 +5,7 @@
 
 #include "Interface/DeviceIntfStatusEntry.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 #include "Wirx/IntfId.h"
 
@@ -14,7 +15,7 @@ namespace Interface {
 // device, by interface: what readers consult for an interface's MTU or
 // device. The interface manager keeps it filled; each change notifies
 // entryAttr with the interface. Lookups are one hash probe.
-class DeviceIntfStatusDir : public Orv::NamedEntity {
+class LSPPING_EXPORT DeviceIntfStatusDir : public Orv::NamedEntity {
 public:
   using Map = std::unordered_map<Wirx::IntfId, DeviceIntfStatusEntry>;
   using const_iterator = Map::const_iterator;

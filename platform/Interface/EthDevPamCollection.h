@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Orv/Coll.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 #include "Wirx/IntfId.h"
 #include "Wirx/Pam.h"
@@ -10,7 +11,7 @@ namespace Interface {
 // The raw Ethernet packet-access modules the device manager has opened, one
 // per interface. Watchers learn of each interface whose module comes, is
 // replaced or goes.
-class EthDevPamCollection : public Orv::NamedEntity {
+class LSPPING_EXPORT EthDevPamCollection : public Orv::NamedEntity {
 public:
   static constexpr Orv::CollAttr<Wirx::IntfId> intfPamAttr{1};
 

@@ -9,6 +9,7 @@
 #include "Interface/EthDevPamParams.h"
 #include "Interface/PamDesiredIntfDir.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Orv/Reactor.h"
 #include "Wirx/NamespaceName.h"
 #include "Wirx/Pam.h"
@@ -31,7 +32,8 @@ namespace Interface {
 // device) by default; a host, or a test network that links devices, installs
 // its own. An opener may fail by returning null: the interface then has no
 // module until something about it changes.
-class EthDevPamManager : public Orv::Entity, public Orv::Reactor {
+class LSPPING_EXPORT EthDevPamManager : public Orv::Entity,
+                                        public Orv::Reactor {
 public:
   using PamOpener = std::function<Orv::Ptr<Wirx::Pam>(const EthDevPamParams &)>;
 

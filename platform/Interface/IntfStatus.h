@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 #include "Orv/Types.h"
 #include "Wirx/IntfId.h"
@@ -9,7 +10,7 @@ namespace Interface {
 
 // The status of one interface as the interface manager publishes it; named
 // after the interface. An MTU of 0 means the manager has not learnt it.
-class IntfStatus : public Orv::NamedEntity {
+class LSPPING_EXPORT IntfStatus : public Orv::NamedEntity {
 public:
   static constexpr Orv::Attr<Orv::U32> mtuAttr{1};
 

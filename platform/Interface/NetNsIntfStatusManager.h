@@ -4,6 +4,7 @@
 #include "Interface/AllIntfStatusLocalDir.h"
 #include "Interface/DeviceIntfStatusDir.h"
 #include "KernelNetInfo/Status.h"
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 #include "Orv/Reactor.h"
 #include "Wirx/NamespaceName.h"
@@ -16,7 +17,8 @@ namespace Interface {
 // interface's status, from the local directory if it is there, else from
 // the system's. The status half stays empty until the interface has one.
 // Created by NetNsIntfStatusManagerRoot.
-class NetNsIntfStatusManager : public Orv::Object, public Orv::Reactor {
+class LSPPING_EXPORT NetNsIntfStatusManager : public Orv::Object,
+                                              public Orv::Reactor {
 public:
   NetNsIntfStatusManager(
       Orv::Ptr<const AllIntfStatusDir> allIntfStatusDir,

@@ -3,6 +3,7 @@
 #include "Interface/NetNsIntfStatusManager.h"
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 
 namespace Interface {
 
@@ -11,7 +12,7 @@ namespace Interface {
 // Without filtering by namespace, a namespace's directory takes every
 // interface that has a kernel device, wherever the device is: what an agent
 // that sees all devices from its own namespace wants.
-class NetNsIntfStatusManagerRoot : public Orv::Entity {
+class LSPPING_EXPORT NetNsIntfStatusManagerRoot : public Orv::Entity {
 public:
   static constexpr Orv::CollAttr<Wirx::NamespaceName> intfStatusManagerAttr{1};
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Orv/Coll.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 #include "Wirx/IntfId.h"
 
@@ -9,7 +10,7 @@ namespace Interface {
 // The interfaces on which an agent wants a raw packet-access module: the
 // request the Ethernet-device PAM manager fulfils. An interface is either
 // desired or absent.
-class PamDesiredIntfDir : public Orv::NamedEntity {
+class LSPPING_EXPORT PamDesiredIntfDir : public Orv::NamedEntity {
 public:
   static constexpr Orv::CollAttr<Wirx::IntfId> intfDesiredAttr{1};
 

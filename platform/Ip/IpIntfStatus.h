@@ -2,6 +2,7 @@
 
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 #include "Wirx/IntfId.h"
 #include "Wirx/IpAddr.h"
@@ -13,7 +14,7 @@ class VrfIpIntfStatus;
 // The IPv4 addresses of one interface, each with its prefix length. It is
 // written only through its VRF's VrfIpIntfStatus, which drops it with its
 // last address: a status that exists has at least one address.
-class IpIntfStatus : public Orv::Entity {
+class LSPPING_EXPORT IpIntfStatus : public Orv::Entity {
 public:
   static constexpr Orv::CollAttr<Wirx::IpAddr> addrAttr{1};
 

@@ -3,6 +3,7 @@
 #include "Ip/IpIntfStatus.h"
 #include "L3/VrfName.h"
 #include "Orv/Coll.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 
 namespace Ip {
@@ -11,7 +12,7 @@ namespace Ip {
 // is in it exactly while it has an IPv4 address in the VRF: watchers of
 // ipIntfStatus learn of each interface that gets its first address or loses
 // its last one; other address changes notify the interface's IpIntfStatus.
-class VrfIpIntfStatus : public Orv::NamedEntity {
+class LSPPING_EXPORT VrfIpIntfStatus : public Orv::NamedEntity {
 public:
   static constexpr Orv::CollAttr<Wirx::IntfId> ipIntfStatusAttr{1};
   static constexpr Orv::U8 maxPrefixLength = 32;

@@ -2,6 +2,7 @@
 
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 #include "Wirx/IntfId.h"
 #include "Wirx/Ip6Addr.h"
@@ -13,7 +14,7 @@ class VrfIp6IntfStatus;
 // The IPv6 addresses of one interface, each with its prefix length. It is
 // written only through its VRF's VrfIp6IntfStatus, which drops it with its
 // last address: a status that exists has at least one address.
-class Ip6IntfStatus : public Orv::Entity {
+class LSPPING_EXPORT Ip6IntfStatus : public Orv::Entity {
 public:
   static constexpr Orv::CollAttr<Wirx::Ip6Addr> addrAttr{1};
 

@@ -3,6 +3,7 @@
 #include "Ip6/Ip6IntfStatus.h"
 #include "L3/VrfName.h"
 #include "Orv/Coll.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 
 namespace Ip6 {
@@ -11,7 +12,7 @@ namespace Ip6 {
 // is in it exactly while it has an IPv6 address in the VRF: watchers of
 // ip6IntfStatus learn of each interface that gets its first address or loses
 // its last one; other address changes notify the interface's Ip6IntfStatus.
-class VrfIp6IntfStatus : public Orv::NamedEntity {
+class LSPPING_EXPORT VrfIp6IntfStatus : public Orv::NamedEntity {
 public:
   static constexpr Orv::CollAttr<Wirx::IntfId> ip6IntfStatusAttr{1};
   static constexpr Orv::U8 maxPrefixLength = 128;

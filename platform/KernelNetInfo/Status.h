@@ -2,6 +2,7 @@
 
 #include "KernelNetInfo/KernelIntf.h"
 #include "Orv/Coll.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 #include "Wirx/IntfId.h"
 
@@ -11,7 +12,7 @@ namespace KernelNetInfo {
 // backed by a kernel device, the device and its network namespace. The
 // agent that follows the kernel keeps it filled; watchers learn of each
 // interface whose device comes, moves or goes.
-class Status : public Orv::NamedEntity {
+class LSPPING_EXPORT Status : public Orv::NamedEntity {
 public:
   static constexpr Orv::CollAttr<Wirx::IntfId> kernelIntfAttr{1};
 

@@ -87,16 +87,33 @@ void EventLoop::retire(std::unique_ptr<Watch> watch) {
 }
 
 void EventLoop::fdReadableIs(int fd, std::function<void()> onReadable) {
+  fdWatchIs(fd, EPOLLIN, std::move(onReadable));
+}
+
+void EventLoop::fdWritableIs(int fd, std::function<void()> onWritable) {
+  fdWatchIs(fd, EPOLLOUT, std::move(onWritable));
+}
+
+void EventLoop::fdWatchIs(int fd, Orv::U32 events,
+                          std::function<void()> onReady) {
   if (fd >= 0 && std::size_t(fd) < watches_.size() && watches_[fd]) {
     const Orv::U32 generation = watches_[fd]->generation;
-    retire(std::exchange(
-        watches_[fd],
-        std::make_unique<Watch>(Watch{std::move(onReadable), generation})));
+    if (watches_[fd]->events != events) {
+      epoll_event event{};
+      event.events = events;
+      event.data.u64 = keyOf(fd, generation);
+      if (epoll_ctl(epollFd_, EPOLL_CTL_MOD, fd, &event) != 0) {
+        throwErrno("epoll_ctl mod");
+      }
+    }
+    retire(std::exchange(watches_[fd],
+                         std::make_unique<Watch>(
+                             Watch{std::move(onReady), generation, events})));
     return;
   }
   const Orv::U32 generation = ++generation_;
   epoll_event event{};
-  event.events = EPOLLIN;
+  event.events = events;
   event.data.u64 = keyOf(fd, generation);
   if (epoll_ctl(epollFd_, EPOLL_CTL_ADD, fd, &event) != 0) {
     throwErrno("epoll_ctl add");
@@ -105,7 +122,7 @@ void EventLoop::fdReadableIs(int fd, std::function<void()> onReadable) {
     watches_.resize(std::size_t(fd) + 1);
   }
   watches_[fd] =
-      std::make_unique<Watch>(Watch{std::move(onReadable), generation});
+      std::make_unique<Watch>(Watch{std::move(onReady), generation, events});
 }
 
 void EventLoop::fdDel(int fd) {
@@ -173,7 +190,7 @@ void EventLoop::runOnce(double timeout) {
     // this batch is not called for the stale event.
     if (fd < watches_.size() && watches_[fd] &&
         watches_[fd]->generation == generation) {
-      watches_[fd]->onReadable();
+      watches_[fd]->onReady();
     }
   }
   wheel_->fireExpired();

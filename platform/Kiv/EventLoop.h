@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Kiv/TimerWheel.h"
+#include "Orv/Export.h"
 
 namespace Kiv {
 
@@ -16,7 +17,7 @@ namespace Kiv {
 // It runs on the system clock: under a virtual clock, VirtualTime drives the
 // wheel instead. Setup errors (creating the loop, adding a descriptor) are
 // thrown as std::system_error; the loop itself does not throw.
-class EventLoop {
+class LSPPING_EXPORT EventLoop {
 public:
   explicit EventLoop(Orv::Ptr<TimerWheel> wheel = Orv::make<TimerWheel>());
   EventLoop(const EventLoop &) = delete;
@@ -30,6 +31,9 @@ public:
   // replaces the callback. Callbacks may add and delete descriptors, their
   // own included.
   void fdReadableIs(int fd, std::function<void()> onReadable);
+  // The same for `fd` being writable, in place of readable: a descriptor is
+  // watched one way at a time, the last call deciding which.
+  void fdWritableIs(int fd, std::function<void()> onWritable);
   // Forgets `fd`; before or after closing it.
   void fdDel(int fd);
 
@@ -45,10 +49,12 @@ public:
 
 private:
   struct Watch {
-    std::function<void()> onReadable;
+    std::function<void()> onReady;
     Orv::U32 generation;
+    Orv::U32 events;
   };
 
+  void fdWatchIs(int fd, Orv::U32 events, std::function<void()> onReady);
   void timerFdUpdate() noexcept;
   void timerFdDrain() noexcept;
   void retire(std::unique_ptr<Watch> watch);

@@ -4,6 +4,7 @@
 #include <functional>
 #include <limits>
 
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 #include "Orv/Types.h"
 
@@ -27,7 +28,7 @@ struct TimerLink {
 // the wheel disarms it, then calls `onExpiry`, which may arm it again or
 // destroy its owner (and so the timer). Destroying it disarms it. It keeps
 // its wheel alive.
-class Timer : private detail::TimerLink {
+class LSPPING_EXPORT Timer : private detail::TimerLink {
 public:
   static constexpr double never = std::numeric_limits<double>::infinity();
 
@@ -91,7 +92,7 @@ private:
 //
 // A wheel takes about 320 KiB, list heads and lane minima mostly: one per
 // event loop.
-class TimerWheel final : public Orv::Object {
+class LSPPING_EXPORT TimerWheel final : public Orv::Object {
 public:
   // The wheel's resolution in seconds.
   static constexpr double tick = 1.0 / (1 << 20);

@@ -2,6 +2,7 @@
 
 #include "Kiv/TimerWheel.h"
 #include "Orv/Clock.h"
+#include "Orv/Export.h"
 
 namespace Kiv {
 
@@ -10,7 +11,7 @@ namespace Kiv {
 // every timer is observed at exactly its minimum time. Installs its clock as
 // Orv::now()'s source for its lifetime; the system clock is back once it is
 // destroyed.
-class VirtualTime {
+class LSPPING_EXPORT VirtualTime {
 public:
   explicit VirtualTime(Orv::Ptr<TimerWheel> wheel, double start = 0.0);
   VirtualTime(const VirtualTime &) = delete;

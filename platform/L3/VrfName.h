@@ -6,12 +6,14 @@
 #include <string>
 #include <string_view>
 
+#include "Orv/Export.h"
+
 namespace L3 {
 
 // Names a VRF, "default" or one an operator configured. Names travel in
 // fixed-size fields between the routing agents, hence the bound: a longer
 // name is refused with Orv::RangeError.
-class VrfName {
+class LSPPING_EXPORT VrfName {
 public:
   static constexpr std::size_t maxLength = 100;
 
@@ -22,7 +24,8 @@ public:
   std::size_t bytes() const noexcept { return name_.size(); }
   bool operator!() const noexcept { return name_.empty(); }
   auto operator<=>(const VrfName &) const = default;
-  friend std::ostream &operator<<(std::ostream &os, const VrfName &vrf);
+  friend LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                                 const VrfName &vrf);
 
 private:
   std::string name_;

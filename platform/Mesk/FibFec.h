@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "Mesk/FibVia.h"
+#include "Orv/Export.h"
 #include "Orv/SparseArray.h"
 #include "Orv/Types.h"
 #include "Orv/ValueText.h"
@@ -30,6 +31,6 @@ struct FibFec {
       std::tuple{Orv::Field{"via", &FibFec::via}};
 };
 
-std::ostream &operator<<(std::ostream &os, const FibFec &fec);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os, const FibFec &fec);
 
 } // namespace Mesk

@@ -2,6 +2,7 @@
 
 #include "Mesk/FibFec.h"
 #include "Mpls/FwdEqvClass.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 #include "Ruvo/ShmTable.h"
 #include "Wirx/AddrFamily.h"
@@ -12,7 +13,7 @@ namespace Mesk {
 // of one address family, by FEC. Only FECs of that family are stored
 // (fecIs refuses others), so looking up a FEC of the other family finds
 // nothing. The table is named "<name>/fec" in corruption messages.
-class FibForwardingStatus : public Orv::NamedEntity {
+class LSPPING_EXPORT FibForwardingStatus : public Orv::NamedEntity {
 public:
   using FecTable = Ruvo::ShmTable<Mpls::FwdEqvClass, FibFec>;
 

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <tuple>
 
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 #include "Orv/ValueText.h"
 #include "Wirx/IntfId.h"
@@ -35,6 +36,6 @@ struct FibVia {
                  Orv::Field{"labelStack", &FibVia::labelStack}};
 };
 
-std::ostream &operator<<(std::ostream &os, const FibVia &via);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os, const FibVia &via);
 
 } // namespace Mesk

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "Orv/Export.h"
 #include "Orv/RangeError.h"
 #include "Orv/Types.h"
 
@@ -15,7 +16,7 @@ namespace Mesk {
 // vias. Entries store their vias under 16-bit indices, so a reader that
 // turns a stored index into this type is the one that finds an
 // out-of-range via.
-class ViaIndex {
+class LSPPING_EXPORT ViaIndex {
 public:
   static constexpr Orv::U16 min = 0;
   static constexpr Orv::U16 max = 511;
@@ -30,7 +31,8 @@ public:
   // Decimal.
   std::string stringValue() const;
   static std::optional<ViaIndex> fromString(std::string_view text) noexcept;
-  friend std::ostream &operator<<(std::ostream &os, const ViaIndex &index);
+  friend LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                                 const ViaIndex &index);
 
 private:
   static constexpr Orv::U16 checked(Orv::U32 value) {

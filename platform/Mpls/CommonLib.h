@@ -5,6 +5,7 @@
 
 #include "Mpls/CommonLibEntry.h"
 #include "Mpls/FwdEqvClass.h"
+#include "Orv/Export.h"
 #include "Orv/Name.h"
 #include "Orv/NamedEntity.h"
 #include "Ruvo/ShmTable.h"
@@ -18,7 +19,7 @@ namespace Mpls {
 // them, so a reader must be ready for a name without a table. The LDP
 // table is reached by ldpTable() only: table(ldpTableName) asks the tables
 // by name, which do not hold it.
-class CommonLib : public Orv::NamedEntity {
+class LSPPING_EXPORT CommonLib : public Orv::NamedEntity {
 public:
   using BindingTable = Ruvo::ShmTable<FwdEqvClass, CommonLibEntry>;
 

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <tuple>
 
+#include "Orv/Export.h"
 #include "Orv/SparseArray.h"
 #include "Orv/Types.h"
 #include "Orv/ValueText.h"
@@ -41,6 +42,7 @@ struct CommonLibEntry {
       std::tuple{Orv::Field{"label", &CommonLibEntry::label}};
 };
 
-std::ostream &operator<<(std::ostream &os, const CommonLibEntry &entry);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                        const CommonLibEntry &entry);
 
 } // namespace Mpls

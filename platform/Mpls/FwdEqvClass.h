@@ -7,6 +7,7 @@
 #include <string_view>
 #include <tuple>
 
+#include "Orv/Export.h"
 #include "Orv/ValueText.h"
 #include "Wirx/IpGenPrefix.h"
 
@@ -16,7 +17,7 @@ namespace Mpls {
 // or a forwarding entry covers, "10.1.1.1/32" or "2001:db8::9/128". The
 // prefix is kept as given, host bits and all, and two classes are the same
 // only when address and length both are. The default names nothing.
-struct FwdEqvClass {
+struct LSPPING_EXPORT FwdEqvClass {
   Wirx::IpGenPrefix prefix;
 
   bool operator!() const noexcept { return !prefix; }
@@ -28,7 +29,8 @@ struct FwdEqvClass {
       std::tuple{Orv::Field{"prefix", &FwdEqvClass::prefix}};
 };
 
-std::ostream &operator<<(std::ostream &os, const FwdEqvClass &fec);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                        const FwdEqvClass &fec);
 
 } // namespace Mpls
 

@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "Mpls/FwdEqvClass.h"
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 #include "Orv/ValueText.h"
 #include "Wirx/IntfId.h"
@@ -38,6 +39,7 @@ struct LfibExtFecVia {
                  Orv::Field{"hierIntf", &LfibExtFecVia::hierIntf}};
 };
 
-std::ostream &operator<<(std::ostream &os, const LfibExtFecVia &via);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                        const LfibExtFecVia &via);
 
 } // namespace Mpls

@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "Mpls/LfibViaSet.h"
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 #include "Orv/ValueText.h"
 #include "Wirx/MplsLabel.h"
@@ -47,8 +48,9 @@ struct LfibRoute {
                  Orv::Field{"source", &LfibRoute::source}};
 };
 
-std::ostream &operator<<(std::ostream &os, const RouteKey &key);
-std::ostream &operator<<(std::ostream &os, const LfibRoute &route);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os, const RouteKey &key);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                        const LfibRoute &route);
 
 } // namespace Mpls
 

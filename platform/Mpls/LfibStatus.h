@@ -4,6 +4,7 @@
 #include "Mpls/LfibRoute.h"
 #include "Mpls/LfibVia.h"
 #include "Mpls/LfibViaSet.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 #include "Ruvo/ShmTable.h"
 
@@ -16,7 +17,7 @@ namespace Mpls {
 // up through the tables (find, get); the setters are for the table's
 // writer, tests and state loaders. Each table is named after the entity,
 // "<name>/route", "<name>/viaSet", "<name>/via" and "<name>/extFecVia".
-class LfibStatus : public Orv::NamedEntity {
+class LSPPING_EXPORT LfibStatus : public Orv::NamedEntity {
 public:
   using RouteTable = Ruvo::ShmTable<RouteKey, LfibRoute>;
   using ViaSetTable = Ruvo::ShmTable<LfibViaSetKey, LfibViaSet>;

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <tuple>
 
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 #include "Orv/ValueText.h"
 #include "Wirx/IntfId.h"
@@ -35,6 +36,6 @@ struct LfibVia {
                  Orv::Field{"labelOp", &LfibVia::labelOp}};
 };
 
-std::ostream &operator<<(std::ostream &os, const LfibVia &via);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os, const LfibVia &via);
 
 } // namespace Mpls

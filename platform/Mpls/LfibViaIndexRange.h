@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "Orv/Export.h"
 #include "Orv/RangeError.h"
 #include "Orv/Types.h"
 
@@ -14,7 +15,7 @@ namespace Mpls {
 // The index of a via within a via set. A via set holds at most 128 vias;
 // the set's array is indexed by a byte, so a reader that turns a stored
 // index into this type is the one that finds an out-of-range via.
-class LfibViaIndexRange {
+class LSPPING_EXPORT LfibViaIndexRange {
 public:
   static constexpr Orv::U8 min = 0;
   static constexpr Orv::U8 max = 127;
@@ -32,8 +33,8 @@ public:
   std::string stringValue() const;
   static std::optional<LfibViaIndexRange>
   fromString(std::string_view text) noexcept;
-  friend std::ostream &operator<<(std::ostream &os,
-                                  const LfibViaIndexRange &index);
+  friend LSPPING_EXPORT std::ostream &
+  operator<<(std::ostream &os, const LfibViaIndexRange &index);
 
 private:
   static constexpr Orv::U8 checked(Orv::U32 value) {

@@ -7,6 +7,7 @@
 #include <tuple>
 
 #include "Orv/Enum.h"
+#include "Orv/Export.h"
 #include "Orv/SparseArray.h"
 #include "Orv/Types.h"
 #include "Orv/ValueText.h"
@@ -83,9 +84,12 @@ struct LfibViaSet {
                  Orv::Field{"via", &LfibViaSet::via}};
 };
 
-std::ostream &operator<<(std::ostream &os, const LfibViaKey &key);
-std::ostream &operator<<(std::ostream &os, const LfibViaSetKey &key);
-std::ostream &operator<<(std::ostream &os, const LfibViaSet &viaSet);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                        const LfibViaKey &key);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                        const LfibViaSetKey &key);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                        const LfibViaSet &viaSet);
 
 } // namespace Mpls
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Orv/Assert.h"
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 #include "Orv/Types.h"
 #include "Wirx/AddrFamily.h"
@@ -28,7 +29,7 @@ namespace MplsUtils {
 // what the IP header declares (Ethernet padding after it is ignored). The
 // UDP length field is reported as is, beside the payload bytes present:
 // the caller decides what a mismatch means.
-class EthPktParser {
+class LSPPING_EXPORT EthPktParser {
 public:
   enum class Layer : Orv::U8 { none, ethernet, mpls, ip, udp };
   static constexpr Orv::U32 maxVlanTags = 2;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Orv/Export.h"
+
 // Fatal assertions mark broken invariants of our own code, never bad input.
 // The expression is stringified after one round of macro expansion, so the
 // message shows what the compiler saw (NULL reads as __null).
@@ -14,7 +16,8 @@
 namespace Orv {
 
 // Prints "Assertion failed: <text>" with the place, then ends the process.
-[[noreturn]] void assertionFailed(const char *text, const char *file, int line,
-                                  const char *function) noexcept;
+[[noreturn]] LSPPING_EXPORT void assertionFailed(const char *text,
+                                                 const char *file, int line,
+                                                 const char *function) noexcept;
 
 } // namespace Orv

@@ -1,16 +1,18 @@
 #pragma once
 
+#include "Orv/Export.h"
+
 namespace Orv {
 
 // Source of the current time in seconds since 1970 as a double.
-class Clock {
+class LSPPING_EXPORT Clock {
 public:
   virtual ~Clock() = default;
   virtual double now() const = 0;
 };
 
 // A clock that stands still until told otherwise; tests install it.
-class VirtualClock : public Clock {
+class LSPPING_EXPORT VirtualClock : public Clock {
 public:
   explicit VirtualClock(double start = 0.0) : now_(start) {}
   double now() const override { return now_; }
@@ -22,9 +24,9 @@ private:
 };
 
 // The current time from the installed clock (the system clock by default).
-double now();
+LSPPING_EXPORT double now();
 
 // Installs a clock; nullptr restores the system clock.
-void clockIs(const Clock *clock);
+LSPPING_EXPORT void clockIs(const Clock *clock);
 
 } // namespace Orv

@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 
 namespace Orv {
@@ -21,7 +22,7 @@ class Reactor;
 // A reference-counted object with attributes. A setter that changes a value
 // notifies the entity's watchers synchronously; one that stores an equal value
 // does not.
-class Entity : public Object {
+class LSPPING_EXPORT Entity : public Object {
 public:
   ~Entity() override;
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "Orv/Export.h"
 #include "Orv/RangeError.h"
 #include "Orv/Types.h"
 
@@ -20,7 +21,7 @@ struct EnumEntry {
 // The registered description of an enumeration: its full type name and its
 // ordered (name, value) table. Values without a name are legal; their text is
 // "<ShortTypeName>(<number>)", which reads back to the same value.
-class EnumType {
+class LSPPING_EXPORT EnumType {
 public:
   constexpr EnumType(std::string_view fullName,
                      std::span<const EnumEntry> entries)
@@ -73,8 +74,8 @@ template <RegisteredEnum E> E enumInstance(std::string_view text) {
 
 // The runtime's table of enumerations, by full type name, so that attributes
 // of these types can be shown and set by name.
-void enumTypeIs(const EnumType &type);
-const EnumType *enumType(std::string_view fullName);
+LSPPING_EXPORT void enumTypeIs(const EnumType &type);
+LSPPING_EXPORT const EnumType *enumType(std::string_view fullName);
 
 // Registers E once when a static of this type is constructed.
 template <RegisteredEnum E> struct EnumRegistration {

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "Orv/Export.h"
 #include "Orv/Name.h"
 #include "Orv/Object.h"
 
@@ -12,9 +13,9 @@ using FactoryFn = Ptr<Object> (*)(const Name &name);
 
 // The runtime's table of factories, by full type name ("LspPing::LspPamPipe"),
 // by which the hosting agent creates objects it only knows by name.
-void factoryIs(std::string_view typeName, FactoryFn fn);
+LSPPING_EXPORT void factoryIs(std::string_view typeName, FactoryFn fn);
 // A new object of the named type, or null when no factory is registered.
-Ptr<Object> create(std::string_view typeName, const Name &name);
+LSPPING_EXPORT Ptr<Object> create(std::string_view typeName, const Name &name);
 
 // Registers a factory when a static of this type is constructed.
 struct FactoryRegistration {

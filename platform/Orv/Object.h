@@ -1,12 +1,13 @@
 #pragma once
 
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 
 namespace Orv {
 
 // Base of every reference-counted runtime object. Counting is not atomic:
 // everything runs on the hosting agent's single event-loop thread.
-class Object {
+class LSPPING_EXPORT Object {
 public:
   Object() = default;
   Object(const Object &) = delete;

@@ -4,13 +4,14 @@
 #include <vector>
 
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 
 namespace Orv {
 
 // Watches attributes and collections of entities and runs its callbacks
 // synchronously when they change. Destroying a reactor, or one of the
 // entities it watches, at any time (even inside a notification) is safe.
-class Reactor {
+class LSPPING_EXPORT Reactor {
 public:
   Reactor() = default;
   Reactor(const Reactor &) = delete;

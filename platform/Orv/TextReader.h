@@ -3,13 +3,14 @@
 #include <string>
 #include <string_view>
 
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 
 namespace Orv {
 
 // A cursor over a value's text form. Every read skips leading blanks and
 // returns false, consuming nothing useful, when the text does not fit.
-class TextReader {
+class LSPPING_EXPORT TextReader {
 public:
   explicit TextReader(std::string_view text) : text_(text) {}
 

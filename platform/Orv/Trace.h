@@ -4,10 +4,12 @@
 #include <string>
 #include <string_view>
 
+#include "Orv/Export.h"
+
 namespace Orv {
 
 // Receives every trace line that passes its source's level.
-class TraceSink {
+class LSPPING_EXPORT TraceSink {
 public:
   virtual ~TraceSink() = default;
   virtual void write(std::string_view source, int level,
@@ -15,7 +17,7 @@ public:
 };
 
 // Writes "<source>[<level>] <text>" lines to standard error.
-class StderrTraceSink : public TraceSink {
+class LSPPING_EXPORT StderrTraceSink : public TraceSink {
 public:
   void write(std::string_view source, int level,
              std::string_view text) override;
@@ -24,7 +26,7 @@ public:
 // A named trace source ("LspPing/LspPingPktParser"). Levels run from 0 (rare,
 // important) to 9 (per-packet detail); a source is silent until the hosting
 // program enables it up to some level. Sources are long-lived statics.
-class TraceSource {
+class LSPPING_EXPORT TraceSource {
 public:
   explicit TraceSource(std::string_view name);
   ~TraceSource();
@@ -49,10 +51,10 @@ private:
 
 // Enables every source whose name matches `pattern` (exact, or a prefix
 // ending in '*') up to `level`; -1 silences. Applies to sources created later.
-void traceLevelIs(std::string_view pattern, int level);
+LSPPING_EXPORT void traceLevelIs(std::string_view pattern, int level);
 
 // The sink that receives trace lines; nullptr restores standard error.
-void traceSinkIs(TraceSink *sink);
+LSPPING_EXPORT void traceSinkIs(TraceSink *sink);
 
 } // namespace Orv
 

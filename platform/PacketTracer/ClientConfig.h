@@ -2,13 +2,14 @@
 
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "PacketTracer/Request.h"
 #include "PacketTracer/RequestId.h"
 
 namespace PacketTracer {
 
 // The requests one client has filed with the tracer, by request id.
-class ClientConfig : public Orv::Entity {
+class LSPPING_EXPORT ClientConfig : public Orv::Entity {
 public:
   static constexpr Orv::CollAttr<RequestId> requestAttr{1};
 

@@ -2,6 +2,7 @@
 
 #include "Orv/Coll.h"
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "PacketTracer/RequestId.h"
 #include "PacketTracer/Result.h"
 
@@ -9,7 +10,7 @@ namespace PacketTracer {
 
 // The tracer's results for one client, by request id: a result appears once
 // the request is traced and goes with the request.
-class ClientStatus : public Orv::Entity {
+class LSPPING_EXPORT ClientStatus : public Orv::Entity {
 public:
   static constexpr Orv::CollAttr<RequestId> resultAttr{1};
 

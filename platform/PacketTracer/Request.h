@@ -3,6 +3,7 @@
 #include <array>
 #include <utility>
 
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 #include "PacketTracer/L2Header.h"
 #include "PacketTracer/L3Header.h"
@@ -14,7 +15,7 @@ namespace PacketTracer {
 // A packet to trace: where it enters, its Ethernet header, its label stack
 // (top first) and, optionally, the IP header under the labels. A value:
 // filing a request stores a copy.
-class Request {
+class LSPPING_EXPORT Request {
 public:
   // The deepest label stack the hardware parses.
   static constexpr Orv::U8 maxMplsLabels = 8;

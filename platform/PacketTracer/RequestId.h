@@ -5,12 +5,13 @@
 #include <string>
 #include <utility>
 
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 
 namespace PacketTracer {
 
 // Names a request: the client that filed it and the client's own number.
-class RequestId {
+class LSPPING_EXPORT RequestId {
 public:
   RequestId() = default;
   RequestId(std::string name, Orv::U32 number) noexcept
@@ -21,7 +22,8 @@ public:
   auto operator<=>(const RequestId &) const = default;
 
   // "<name>:<number>".
-  friend std::ostream &operator<<(std::ostream &os, const RequestId &id);
+  friend LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                                 const RequestId &id);
 
 private:
   std::string name_;

@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 #include "Wirx/IntfId.h"
 #include "Wirx/MplsLabelEntry.h"
@@ -11,7 +12,7 @@ namespace PacketTracer {
 
 // What the hardware would do with a traced packet. Immutable once
 // published: readers share it.
-class Result : public Orv::Object {
+class LSPPING_EXPORT Result : public Orv::Object {
 public:
   enum class Verdict : Orv::U8 {
     // Sent out of `egressIntf` with `egressLabels` on top.

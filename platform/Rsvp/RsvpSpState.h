@@ -4,6 +4,7 @@
 #include <string_view>
 #include <tuple>
 
+#include "Orv/Export.h"
 #include "Orv/ValueText.h"
 #include "Wirx/MplsLabel.h"
 
@@ -24,6 +25,7 @@ struct RsvpSpState {
       std::tuple{Orv::Field{"label", &RsvpSpState::label}};
 };
 
-std::ostream &operator<<(std::ostream &os, const RsvpSpState &state);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                        const RsvpSpState &state);
 
 } // namespace Rsvp

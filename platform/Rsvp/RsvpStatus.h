@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 #include "Rsvp/RsvpSpId.h"
 #include "Rsvp/RsvpSpState.h"
@@ -14,7 +15,7 @@ namespace Rsvp {
 // has started publishing, so spState() is null before that (and after
 // spStateTableDel()); a reader treats that like a router without RSVP. The
 // table is named "<name>/spState" in corruption messages.
-class RsvpStatus : public Orv::NamedEntity {
+class LSPPING_EXPORT RsvpStatus : public Orv::NamedEntity {
 public:
   using SpStateTable = Ruvo::ShmTable<RsvpSpId, RsvpSpState>;
 

@@ -3,6 +3,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "Orv/Export.h"
+
 namespace Ruvo {
 
 // Raised by a lookup in a shared-memory table whose entry for the key fails
@@ -10,7 +12,7 @@ namespace Ruvo {
 // overwritten). The text says which table and which key. Readers do not
 // catch it themselves: ShmTable::find hands it to the table's corruption
 // handler and reads the key as absent.
-class CorruptionDetectedException : public std::runtime_error {
+class LSPPING_EXPORT CorruptionDetectedException : public std::runtime_error {
 public:
   explicit CorruptionDetectedException(const std::string &message)
       : std::runtime_error(message) {}

@@ -3,6 +3,8 @@
 #include <functional>
 #include <string>
 
+#include "Orv/Export.h"
+
 namespace Ruvo {
 
 // What a shared-memory table does when a lookup detects corruption: it is
@@ -12,6 +14,6 @@ using CorruptionHandler = std::function<void(const std::string &message)>;
 
 // The handler every table starts with: writes the message at level 0 under
 // the trace source "Ruvo/ShmTable", so that corruption is never silent.
-void traceCorruption(const std::string &message);
+LSPPING_EXPORT void traceCorruption(const std::string &message);
 
 } // namespace Ruvo

@@ -8,13 +8,14 @@
 #include <string>
 #include <string_view>
 
+#include "Orv/Export.h"
 #include "Orv/RangeError.h"
 #include "Orv/Types.h"
 
 namespace Tunnel {
 
 // The number of a tunnel in its tunnel table: 0..65535.
-class TunnelId {
+class LSPPING_EXPORT TunnelId {
 public:
   static constexpr Orv::U32 minValue = 0;
   static constexpr Orv::U32 maxValue = 0xFFFF;
@@ -29,7 +30,8 @@ public:
   // Decimal.
   std::string stringValue() const;
   static std::optional<TunnelId> fromString(std::string_view text) noexcept;
-  friend std::ostream &operator<<(std::ostream &os, const TunnelId &id);
+  friend LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                                 const TunnelId &id);
 
 private:
   static constexpr Orv::U32 checked(Orv::U64 value) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 
 #include <array>
@@ -13,7 +14,7 @@
 namespace Wirx {
 
 // An Ethernet (MAC) address. All zeros is the unset value.
-class EthAddr {
+class LSPPING_EXPORT EthAddr {
 public:
   using Bytes = std::array<Orv::U8, 6>;
 
@@ -37,7 +38,8 @@ public:
   std::string stringValue() const;
   // The colon form in either case.
   static std::optional<EthAddr> fromString(std::string_view text) noexcept;
-  friend std::ostream &operator<<(std::ostream &os, const EthAddr &addr);
+  friend LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                                 const EthAddr &addr);
 
 private:
   Bytes bytes_{};

@@ -9,11 +9,13 @@
 #include <string_view>
 #include <utility>
 
+#include "Orv/Export.h"
+
 namespace Wirx {
 
 // Names an interface by the name the system gives it, "Ethernet1". The
 // empty name is the unset value.
-class IntfId {
+class LSPPING_EXPORT IntfId {
 public:
   IntfId() = default;
   explicit IntfId(std::string name) noexcept : name_(std::move(name)) {}
@@ -27,7 +29,8 @@ public:
   // unset id); blanks and control characters would garble traces and
   // command lines.
   static std::optional<IntfId> fromString(std::string_view text);
-  friend std::ostream &operator<<(std::ostream &os, const IntfId &intf);
+  friend LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                                 const IntfId &intf);
 
 private:
   std::string name_;

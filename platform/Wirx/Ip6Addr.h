@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 
 #include <array>
@@ -13,7 +14,7 @@
 namespace Wirx {
 
 // An IPv6 address: its 16 bytes in network order. :: is the unset value.
-class Ip6Addr {
+class LSPPING_EXPORT Ip6Addr {
 public:
   using Bytes = std::array<Orv::U8, 16>;
 
@@ -36,7 +37,8 @@ public:
   // RFC 5952 text, "2001:db8::1".
   std::string stringValue() const;
   static std::optional<Ip6Addr> fromString(std::string_view text) noexcept;
-  friend std::ostream &operator<<(std::ostream &os, const Ip6Addr &addr);
+  friend LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                                 const Ip6Addr &addr);
 
 private:
   Bytes bytes_{};

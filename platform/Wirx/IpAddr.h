@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 #include "Wirx/Nbo.h"
 
@@ -13,7 +14,7 @@ namespace Wirx {
 
 // An IPv4 address, kept in host order so that masks and comparisons are
 // plain integer operations. 0.0.0.0 is the unset value.
-class IpAddr {
+class LSPPING_EXPORT IpAddr {
 public:
   constexpr IpAddr() noexcept = default;
   constexpr explicit IpAddr(Orv::U32 host) noexcept : value_(host) {}
@@ -32,7 +33,8 @@ public:
   std::string stringValue() const;
   // Strict dotted decimal: four parts, no leading zeros, no blanks.
   static std::optional<IpAddr> fromString(std::string_view text) noexcept;
-  friend std::ostream &operator<<(std::ostream &os, const IpAddr &addr);
+  friend LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                                 const IpAddr &addr);
 
 private:
   Orv::U32 value_ = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Orv/Assert.h"
+#include "Orv/Export.h"
 #include "Wirx/AddrFamily.h"
 #include "Wirx/Ip6Addr.h"
 #include "Wirx/IpAddr.h"
@@ -15,7 +16,7 @@ namespace Wirx {
 
 // An IPv4 or IPv6 address, or none at all. Ordered by family first, so all
 // IPv4 addresses sort before all IPv6 ones.
-class IpGenAddr {
+class LSPPING_EXPORT IpGenAddr {
 public:
   // What stringValue() prints for the unset address, and fromString() takes
   // back. An empty text would vanish from traces.
@@ -49,7 +50,8 @@ public:
   std::string stringValue() const;
   // Either family's text, or unspecifiedText.
   static std::optional<IpGenAddr> fromString(std::string_view text) noexcept;
-  friend std::ostream &operator<<(std::ostream &os, const IpGenAddr &addr);
+  friend LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                                 const IpGenAddr &addr);
 
 private:
   AddrFamily af_ = AddrFamily::unspecified;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 #include "Wirx/IpGenAddr.h"
 
@@ -14,7 +15,7 @@ namespace Wirx {
 // An address with a prefix length, "10.1.1.0/24". The address is kept as
 // given, host bits and all (a FEC names 10.1.1.1/32, a route 10.1.1.0/24);
 // masked() clears them. The unset prefix has no address and length 0.
-class IpGenPrefix {
+class LSPPING_EXPORT IpGenPrefix {
 public:
   constexpr IpGenPrefix() noexcept = default;
   // Throws Orv::RangeError for a length beyond the family's bits, or a
@@ -37,7 +38,8 @@ public:
   // "<address>/<length>", or IpGenAddr::unspecifiedText when unset.
   std::string stringValue() const;
   static std::optional<IpGenPrefix> fromString(std::string_view text) noexcept;
-  friend std::ostream &operator<<(std::ostream &os, const IpGenPrefix &prefix);
+  friend LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                                 const IpGenPrefix &prefix);
 
 private:
   IpGenAddr addr_;

@@ -4,6 +4,7 @@
 #include <deque>
 #include <vector>
 
+#include "Orv/Export.h"
 #include "Wirx/Pam.h"
 
 namespace Wirx {
@@ -12,7 +13,7 @@ namespace Wirx {
 // sent is recorded as a copy of its bytes, as a device would have sent them
 // at that moment, and the packet is let go at once. Received frames are
 // handed in by the test with rxPktIs. It is writable from the start.
-class MemPam : public Pam {
+class LSPPING_EXPORT MemPam : public Pam {
 public:
   using Frame = std::vector<Orv::U8>;
   static constexpr std::size_t unlimited = ~std::size_t(0);

@@ -4,6 +4,7 @@
 #include <deque>
 #include <vector>
 
+#include "Orv/Export.h"
 #include "Wirx/UdpDatagram.h"
 #include "Wirx/UdpPam.h"
 
@@ -13,7 +14,7 @@ namespace Wirx {
 // Each payload sent is recorded as a datagram with the addressing in force
 // and a copy of its bytes, and the packet is let go at once. Received
 // datagrams are handed in with rxPktIs. It is writable from the start.
-class MemUdpPam : public UdpPam {
+class LSPPING_EXPORT MemUdpPam : public UdpPam {
 public:
   MemUdpPam(const Orv::Name &name, Orv::U16 port);
 

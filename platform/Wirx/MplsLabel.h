@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Orv/Export.h"
 #include "Orv/RangeError.h"
 #include "Orv/Types.h"
 
@@ -14,7 +15,7 @@ namespace Wirx {
 // A 20-bit MPLS label value, plus two values outside the 20 bits that
 // control planes use: `null` for "no label" (the default) and `luWithdraw`,
 // the label a BGP labelled-unicast withdrawal carries.
-class MplsLabel {
+class LSPPING_EXPORT MplsLabel {
 public:
   static constexpr Orv::U32 min = 0;
   static constexpr Orv::U32 max = 0xFFFFF;
@@ -43,7 +44,8 @@ public:
   // Decimal, or nullText for `null`.
   std::string stringValue() const;
   static std::optional<MplsLabel> fromString(std::string_view text) noexcept;
-  friend std::ostream &operator<<(std::ostream &os, const MplsLabel &label);
+  friend LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                                 const MplsLabel &label);
 
 private:
   static constexpr Orv::U32 checked(Orv::U32 value) {

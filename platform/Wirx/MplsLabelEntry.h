@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Orv/Assert.h"
+#include "Orv/Export.h"
 #include "Orv/RangeError.h"
 #include "Orv/Types.h"
 #include "Wirx/MplsLabel.h"
@@ -17,7 +18,7 @@ namespace Wirx {
 // One label stack entry (RFC 3032): label, traffic class, bottom-of-stack
 // bit and TTL. On the wire it is one 32-bit word:
 // label:20 | tc:3 | bos:1 | ttl:8.
-class MplsLabelEntry {
+class LSPPING_EXPORT MplsLabelEntry {
 public:
   static constexpr Orv::U8 maxTc = 7;
 
@@ -61,8 +62,8 @@ public:
   std::string stringValue() const;
   static std::optional<MplsLabelEntry>
   fromString(std::string_view text) noexcept;
-  friend std::ostream &operator<<(std::ostream &os,
-                                  const MplsLabelEntry &entry);
+  friend LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                                 const MplsLabelEntry &entry);
 
 private:
   static constexpr Orv::U8 checkedTc(Orv::U8 tc) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Orv/Assert.h"
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 #include "Wirx/MplsLabel.h"
 #include "Wirx/MplsLabelEntry.h"
@@ -21,7 +22,7 @@ namespace Wirx {
 // only, and its other fields stay zero. Kept inline (no heap) so that parsing
 // a frame or copying a stack never allocates; real stacks are a few labels
 // deep, `capacity` leaves ample room.
-class MplsLabelStack {
+class LSPPING_EXPORT MplsLabelStack {
 public:
   static constexpr Orv::U32 capacity = 16;
 
@@ -68,8 +69,8 @@ public:
   std::string stringValue() const;
   static std::optional<MplsLabelStack>
   fromString(std::string_view text) noexcept;
-  friend std::ostream &operator<<(std::ostream &os,
-                                  const MplsLabelStack &stack);
+  friend LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                                 const MplsLabelStack &stack);
 
 private:
   std::array<MplsLabelEntry, capacity> entries_{};

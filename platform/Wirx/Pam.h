@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 #include "Wirx/Pkt.h"
 
@@ -11,7 +12,7 @@ namespace Wirx {
 // `txPktIs`; arrival is signalled by `readableCount` going up, after which
 // readers take frames with `rxPkt()` until it returns null. `writableCount`
 // goes up when the module is ready to send.
-class Pam : public Orv::NamedEntity {
+class LSPPING_EXPORT Pam : public Orv::NamedEntity {
 public:
   static constexpr Orv::Attr<Orv::U32> readableCountAttr{1};
   static constexpr Orv::Attr<Orv::U32> writableCountAttr{2};

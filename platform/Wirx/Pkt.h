@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Orv/Assert.h"
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 #include "Orv/Types.h"
 
@@ -12,7 +13,7 @@ class PktPool;
 // data, so that headers are prepended and payload appended in place while a
 // frame is built. Buffers come from PktPool and go back to it at the last
 // unref: the hot path never calls the general allocator.
-class Pkt final : public Orv::Object {
+class LSPPING_EXPORT Pkt final : public Orv::Object {
 public:
   // A full untagged Ethernet frame (1518 bytes) or one with two VLAN tags
   // fits after the default head room.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 #include "Orv/Types.h"
 #include "Wirx/Pkt.h"
@@ -10,7 +11,7 @@ namespace Wirx {
 // pool and refuses (returns null) once `pktLimit` buffers are in use, as the
 // router's packet memory does when it runs out: a caller that gets no packet
 // drops what it was about to send.
-class PktManager {
+class LSPPING_EXPORT PktManager {
 public:
   static constexpr Orv::U32 unlimited = ~0u;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Orv/Export.h"
 #include "Orv/Object.h"
 #include "Orv/Types.h"
 #include "Wirx/Pkt.h"
@@ -10,7 +11,7 @@ namespace Wirx {
 // agent, so it takes no locks. It grows in blocks when empty and never
 // shrinks; reserve() at start-up keeps the general allocator off the hot
 // path altogether.
-class PktPool {
+class LSPPING_EXPORT PktPool {
 public:
   static constexpr Orv::U32 blockPkts = 64;
 

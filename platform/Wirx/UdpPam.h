@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 #include "Wirx/IpGenAddr.h"
 #include "Wirx/Pam.h"
@@ -25,7 +26,7 @@ namespace Wirx {
 // from, and rxDstAddr() the local address it was sent to where the module
 // knows it, until the next rxPkt(). After an rxPkt() that found nothing they
 // read unset.
-class UdpPam : public Pam {
+class LSPPING_EXPORT UdpPam : public Pam {
 public:
   UdpPam(const Orv::Name &name, Orv::U16 port) : Pam(name), port_(port) {}
 

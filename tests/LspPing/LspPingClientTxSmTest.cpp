@@ -40,6 +40,12 @@ struct Client {
     config->dstPrefixIs(Wirx::IpGenPrefix(Wirx::IpAddr(0x0a010101), 32));
     txSm->lspPingClientTxPamIs(pam);
   }
+  // Enabled for one request, run until it is sent.
+  void sendOne() {
+    config->txCountIs(1);
+    config->enabledIs(true);
+    time.runFor(2);
+  }
   // The frame sent, parsed down to the echo message.
   struct Sent {
     std::vector<Orv::U8> bytes;
@@ -110,9 +116,7 @@ TEST(LspPingClientTxSm, RsvpFecCarriesTheWholeSession) {
   c.config->rsvpSpIdIs(
       Rsvp::RsvpSpId{Wirx::IpAddr(0xc0000201), 7, Wirx::IpAddr(0xc0000202), 9});
   c.config->rsvpSenderAddrIs(Wirx::IpAddr(0xc0000203));
-  c.config->txCountIs(1);
-  c.config->enabledIs(true);
-  c.time.runFor(2);
+  c.sendOne();
   EXPECT_EQ(c.fec(0)->rsvpSpId(), c.config->rsvpSpId());
   EXPECT_EQ(c.fec(0)->rsvpSenderAddr().stringValue(), "192.0.2.3");
 }
@@ -123,9 +127,7 @@ TEST(LspPingClientTxSm, LabelStackBottomAndTtlDefaults) {
   c.config->mplsLabelIs(2, Wirx::MplsLabel(300));
   c.config->mplsTtlIs(2, 64);
   c.config->mplsTcIs(5);
-  c.config->txCountIs(1);
-  c.config->enabledIs(true);
-  c.time.runFor(2);
+  c.sendOne();
   const Client::Sent sent = c.frame(0);
   const Wirx::MplsLabelStack &labels = sent.eth.labelStack();
   ASSERT_EQ(labels.size(), 3u);
@@ -142,18 +144,14 @@ TEST(LspPingClientTxSm, LabelStackBottomAndTtlDefaults) {
 TEST(LspPingClientTxSm, ImplicitNullOnTopPingsOverPlainIp) {
   Client v4;
   v4.config->mplsLabelIs(0, Wirx::MplsLabel(3));
-  v4.config->txCountIs(1);
-  v4.config->enabledIs(true);
-  v4.time.runFor(2);
+  v4.sendOne();
   EXPECT_EQ(v4.frame(0).eth.etherType(), 0x0800);
   EXPECT_TRUE(v4.frame(0).eth.labelStack().empty());
   EXPECT_TRUE(v4.frame(0).pdu->valid());
 
   Client none;
   none.config->mplsLabelDelAll();
-  none.config->txCountIs(1);
-  none.config->enabledIs(true);
-  none.time.runFor(2);
+  none.sendOne();
   const std::vector<Orv::U8> &bytes = none.pam->frames().at(0);
   EXPECT_EQ(bytes[12], 0x88);
   EXPECT_EQ(bytes[13], 0x47);

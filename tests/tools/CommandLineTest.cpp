@@ -99,7 +99,7 @@ TEST_F(CommandLine, ExitStatusAndMessage) {
   const Case cases[] = {
       {"bogus", 2,
        "lspping: unknown subcommand 'bogus': expected decode, craft, respond, "
-       "responder, state, ping, trace or demo (see --help)\n"},
+       "responder, state, ping, trace, monitor or demo (see --help)\n"},
       {"", 2, "lspping: A subcommand is required (see --help)\n"},
       {"decode", 2, "lspping: FILE is required (see --help)\n"},
       {"--help", 0, ""},

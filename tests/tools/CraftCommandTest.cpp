@@ -25,6 +25,15 @@ using nlohmann::json;
 
 using LspPingTest::jsonLines;
 
+// What `lspping decode --json` reads in the frames craft writes with `args`.
+std::vector<json> craftedAndDecoded(const std::string &args) {
+  const auto run =
+      runLspping("craft " + args + " - | '" + std::string(LSPPING_PROGRAM) +
+                 "' decode --json -");
+  EXPECT_EQ(run.status, 0) << run.output;
+  return jsonLines(run.output);
+}
+
 class CraftCommand : public LspPingTest::ScratchDirTest {
 protected:
   CraftCommand() : ScratchDirTest("lspping-craft-test-") {}
@@ -42,14 +51,11 @@ protected:
 };
 
 TEST_F(CraftCommand, PipedIntoDecode) {
-  const auto run = runLspping(
-      "craft --label 100 --label 200/ttl=64/tc=3 --fec ldp=10.1.1.1/32 "
+  const auto lines = craftedAndDecoded(
+      "--label 100 --label 200/ttl=64/tc=3 --fec ldp=10.1.1.1/32 "
       "--sender-handle 9 --sequence 4294967295 --count 3 "
-      "--timestamp 3972672000 - | '" +
-      std::string(LSPPING_PROGRAM) + "' decode --json -");
-  ASSERT_EQ(run.status, 0) << run.output;
-  const auto lines = jsonLines(run.output);
-  ASSERT_EQ(lines.size(), 3u) << run.output;
+      "--timestamp 3972672000");
+  ASSERT_EQ(lines.size(), 3u);
   for (std::size_t i = 0; i < lines.size(); ++i) {
     SCOPED_TRACE(i);
     const json &f = lines[i];
@@ -92,11 +98,7 @@ TEST_F(CraftCommand, EveryFecReadsBack) {
   };
   for (const auto &[fec, expected] : cases) {
     SCOPED_TRACE(fec);
-    const auto run =
-        runLspping("craft --label 100 --fec " + fec + " - | '" +
-                   std::string(LSPPING_PROGRAM) + "' decode --json -");
-    ASSERT_EQ(run.status, 0) << run.output;
-    const auto lines = jsonLines(run.output);
+    const auto lines = craftedAndDecoded("--label 100 --fec " + fec);
     ASSERT_EQ(lines.size(), 1u);
     json decoded = json::parse(expected);
     decoded["valid"] = true;
@@ -129,14 +131,10 @@ TEST_F(CraftCommand, ReferenceRequest) {
 }
 
 TEST_F(CraftCommand, Ipv6WithSegmentRoutingFecAndDownstreamMapping) {
-  const auto run = runLspping(
-      "craft --src 2001:db8::1 --label 16009/ttl=64 --fec sr=2001:db8::9/128 "
+  const auto lines = craftedAndDecoded(
+      "--src 2001:db8::1 --label 16009/ttl=64 --fec sr=2001:db8::9/128 "
       "--ds-map 2001:db8::2 --ds-label 300/tc=5/proto=isis "
-      "--ds-label 3/proto=isis --ds-multipath ::ffff:127.0.0.0,40000000 - "
-      "| '" +
-      std::string(LSPPING_PROGRAM) + "' decode --json -");
-  ASSERT_EQ(run.status, 0) << run.output;
-  const auto lines = jsonLines(run.output);
+      "--ds-label 3/proto=isis --ds-multipath ::ffff:127.0.0.0,40000000");
   ASSERT_EQ(lines.size(), 1u);
   EXPECT_EQ(lines[0]["valid"], true) << lines[0].dump();
   // Ethernet 14, one label 4, IPv6 40, UDP 8, echo header 32: the FEC

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Orv/Entity.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 
 namespace Mpls::Api {
@@ -8,7 +9,7 @@ namespace Mpls::Api {
 // The MPLS agent's own status: whether MPLS forwarding is enabled on this
 // router. Off until the agent says otherwise, so that a status nobody has
 // written claims nothing.
-class Status : public Orv::NamedEntity {
+class LSPPING_EXPORT Status : public Orv::NamedEntity {
 public:
   static constexpr Orv::Attr<bool> mplsEnabledAttr{1};
 

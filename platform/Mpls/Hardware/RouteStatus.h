@@ -4,6 +4,7 @@
 #include <string_view>
 #include <tuple>
 
+#include "Orv/Export.h"
 #include "Orv/Types.h"
 #include "Orv/ValueText.h"
 
@@ -34,6 +35,7 @@ struct RouteStatus {
       std::tuple{Orv::Field{"programState", &RouteStatus::programState}};
 };
 
-std::ostream &operator<<(std::ostream &os, const RouteStatus &status);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                        const RouteStatus &status);
 
 } // namespace Mpls::Hardware

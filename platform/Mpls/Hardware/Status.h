@@ -2,6 +2,7 @@
 
 #include "Mpls/Hardware/RouteStatus.h"
 #include "Mpls/LfibRoute.h"
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 #include "Ruvo/ShmTable.h"
 
@@ -11,7 +12,7 @@ namespace Mpls::Hardware {
 // the same key as the label forwarding table. A route of the forwarding
 // table with no entry here has not reached the hardware. The table is
 // named "<name>/route" in corruption messages.
-class Status : public Orv::NamedEntity {
+class LSPPING_EXPORT Status : public Orv::NamedEntity {
 public:
   using RouteTable = Ruvo::ShmTable<RouteKey, RouteStatus>;
 

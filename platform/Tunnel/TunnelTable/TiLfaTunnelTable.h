@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "Orv/Export.h"
 #include "Orv/NamedEntity.h"
 #include "Ruvo/ShmTable.h"
 #include "Tunnel/TunnelId.h"
@@ -15,7 +16,7 @@ namespace Tunnel::TunnelTable {
 // "TiLfaTunnel<id>" (decimal id, no leading sign or blank); the static
 // functions below recognise such interfaces and map between interface and
 // id. The table is named "<name>/tunnel" in corruption messages.
-class TiLfaTunnelTable : public Orv::NamedEntity {
+class LSPPING_EXPORT TiLfaTunnelTable : public Orv::NamedEntity {
 public:
   using EntryTable = Ruvo::ShmTable<TunnelId, TiLfaTunnelTableEntry>;
 

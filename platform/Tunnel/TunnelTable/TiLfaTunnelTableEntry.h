@@ -4,6 +4,7 @@
 #include <string_view>
 #include <tuple>
 
+#include "Orv/Export.h"
 #include "Orv/ValueText.h"
 #include "Wirx/IntfId.h"
 #include "Wirx/IpGenAddr.h"
@@ -39,6 +40,7 @@ struct TiLfaTunnelTableEntry {
                  Orv::Field{"labelStack", &TiLfaTunnelTableEntry::labelStack}};
 };
 
-std::ostream &operator<<(std::ostream &os, const TiLfaTunnelTableEntry &entry);
+LSPPING_EXPORT std::ostream &operator<<(std::ostream &os,
+                                        const TiLfaTunnelTableEntry &entry);
 
 } // namespace Tunnel::TunnelTable

@@ -121,6 +121,26 @@ TEST(EventLoop, RunForEndsWithoutFiringLaterTimers) {
   EXPECT_FALSE(later);
 }
 
+TEST(EventLoop, ADescriptorIsWatchedOneWayAtATime) {
+  Kiv::EventLoop loop;
+  EventFd event;
+  std::vector<std::string> log;
+  // An eventfd is writable until its counter is full, readable once signalled.
+  loop.fdWritableIs(event.fd, [&] {
+    log.push_back("writable");
+    loop.fdReadableIs(event.fd, [&] {
+      log.push_back("readable");
+      event.drain();
+    });
+  });
+  loop.runOnce(0);
+  loop.runOnce(0);
+  event.signal();
+  loop.runOnce(0);
+  EXPECT_EQ(log, (std::vector<std::string>{"writable", "readable"}));
+  loop.fdDel(event.fd);
+}
+
 TEST(EventLoop, ABadDescriptorIsASetupError) {
   Kiv::EventLoop loop;
   EXPECT_THROW(loop.fdReadableIs(-1, [] {}), std::system_error);

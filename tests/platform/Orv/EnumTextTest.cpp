@@ -58,15 +58,6 @@ TEST(Enum, NamesValuesAndUnnamedValues) {
   EXPECT_THROW(Orv::enumInstance<Colour>("Colour(x)"), Orv::RangeError);
 }
 
-TEST(Enum, RegistryFindsByFullName) {
-  static Orv::EnumRegistration<Colour> registration;
-  const Orv::EnumType *type = Orv::enumType("Demo::Colour");
-  ASSERT_NE(type, nullptr);
-  EXPECT_EQ(type->entries().size(), 3u);
-  EXPECT_EQ(type->entries()[1].name, "green");
-  EXPECT_EQ(Orv::enumType("Demo::Nothing"), nullptr);
-}
-
 TEST(ValueText, PrintsTheOneLineFormAndReadsItBack) {
   Demo::Pair p{7, Colour::green, "it's", true, 0.5};
   EXPECT_EQ(

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "ToolTestSupport.h"
-#include "tools/LspSpec.h"
+#include "tools/Lsp.h"
 
 namespace {
 
@@ -34,7 +34,7 @@ std::string labelsOf(const LspPingTool::Lsp &lsp) {
   return text;
 }
 
-TEST(LspSpec, EachKindOfFec) {
+TEST(Lsp, EachKindOfFec) {
   struct Case {
     std::vector<std::string> args;
     LspPingTunnelType type;
@@ -101,7 +101,7 @@ TEST(LspSpec, EachKindOfFec) {
   }
 }
 
-TEST(LspSpec, WhatTheOptionsSetBesideTheFec) {
+TEST(Lsp, WhatTheOptionsSetBesideTheFec) {
   std::string error;
   const auto rsvp = LspPingTool::lspOf(
       wordsOf({"rsvp", "10.0.0.9", "7", "--lsp-id", "3", "--ext-tunnel-id",
@@ -128,7 +128,7 @@ TEST(LspSpec, WhatTheOptionsSetBesideTheFec) {
                                    Wirx::IpAddr(0x0a000009), 100, 4));
 }
 
-TEST(LspSpec, AMistakeIsOneLineNamingTheWordOrOption) {
+TEST(Lsp, AMistakeIsOneLineNamingTheWordOrOption) {
   const std::pair<std::vector<std::string>, std::string> cases[] = {
       {{}, "FEC is missing: ldp, rsvp, sr, nil, static or pw"},
       {{"bgp", "10.0.0.9/32"},

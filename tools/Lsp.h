@@ -68,6 +68,12 @@ struct Lsp {
 // word or option and what is wrong with it, when they do not name one.
 std::optional<Lsp> lspOf(const LspWords &words, std::string &error);
 
+// The LSP that one line of words names, as a line of a FEC file (`ldp
+// 10.0.0.9/32 --label 1004`), what it leaves out taken from `defaults`;
+// empty, with a one-line `error`, when it names none.
+std::optional<Lsp> lspOfLine(const std::string &line, const LspWords &defaults,
+                             std::string &error);
+
 // The LSPs of a FEC file: a line each, the FEC's words and the per-LSP
 // options as on the command line; blank lines and what follows a `#` are
 // skipped. Options that a line leaves out and `defaults` sets (interface,

@@ -1,4 +1,4 @@
-#include "tools/LspSpec.h"
+#include "tools/Lsp.h"
 
 #include <cerrno>
 #include <charconv>
@@ -450,6 +450,17 @@ std::optional<Lsp> lspOf(const LspWords &words, std::string &error) {
   return Reader(words, error).lsp();
 }
 
+std::optional<Lsp> lspOfLine(const std::string &line, const LspWords &defaults,
+                             std::string &error) {
+  std::vector<std::string> args = wordsOf(line);
+  if (args.empty()) {
+    error = "no FEC";
+    return std::nullopt;
+  }
+  const auto words = lineWords(std::move(args), defaults, error);
+  return words ? lspOf(*words, error) : std::nullopt;
+}
+
 std::optional<std::vector<Lsp>> readFecFile(const std::string &path,
                                             const LspWords &defaults,
                                             std::string &error) {
@@ -462,15 +473,12 @@ std::optional<std::vector<Lsp>> readFecFile(const std::string &path,
   unsigned number = 0;
   for (std::string line; std::getline(in, line);) {
     ++number;
-    std::vector<std::string> args = wordsOf(line);
-    if (args.empty()) {
+    if (wordsOf(line).empty()) {
       continue;
     }
-    const std::string where = path + ":" + std::to_string(number) + ": ";
-    const auto words = lineWords(std::move(args), defaults, error);
-    auto lsp = words ? lspOf(*words, error) : std::nullopt;
+    auto lsp = lspOfLine(line, defaults, error);
     if (!lsp) {
-      error = where + error;
+      error = path + ":" + std::to_string(number) + ": " + error;
       return std::nullopt;
     }
     lsp->line = number;

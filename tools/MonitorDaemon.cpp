@@ -1,0 +1,230 @@
+#include "tools/MonitorDaemon.h"
+
+#include <csignal>
+#include <set>
+#include <system_error>
+
+#include "Orv/Clock.h"
+#include "tools/KernelPaths.h"
+#include "tools/RawSockets.h"
+
+namespace LspPingTool {
+
+namespace {
+
+// How long the kernel is given to find a next hop's MAC address.
+constexpr double neighbourTimeout = 3.0;
+
+} // namespace
+
+MonitorDaemon::MonitorDaemon(MonitorOptions options, std::ostream &out,
+                             std::ostream &log)
+    : options_(std::move(options)), out_(out), log_(log),
+      host_(loop_, paths_,
+            [this](const std::string &line) { this->log(line); }) {}
+
+// The monitors go before the host whose client side they configure, the
+// server and signals before the loop.
+MonitorDaemon::~MonitorDaemon() {
+  signals_.reset();
+  server_.reset();
+  monitors_.clear();
+}
+
+bool MonitorDaemon::start() {
+  std::string error;
+  auto lsps = loadMonitorConfig(options_.configFile, error);
+  if (!lsps) {
+    log(error);
+    return false;
+  }
+  if (const std::string refused = rawSocketsRefused(); !refused.empty()) {
+    log(refused);
+    return false;
+  }
+  if (!host_.open(error) || !host_.start({}, true, true, error)) {
+    log(error);
+    return false;
+  }
+  std::vector<MonitoredLsp *> all;
+  for (MonitoredLsp &lsp : *lsps) {
+    all.push_back(&lsp);
+  }
+  if (!prepare(all, error)) {
+    log(error);
+    return false;
+  }
+  if (options_.metrics) {
+    server_ = MetricsServer::open(
+        loop_, *options_.metrics, [this] { return metrics(); },
+        [this](const std::string &line) { log(line); }, error);
+    if (!server_) {
+      log(error + " (" + options_.metricsText + ")");
+      return false;
+    }
+  }
+  try {
+    signals_ = std::make_unique<SignalFd>(
+        loop_, std::initializer_list<int>{SIGHUP, SIGUSR1, SIGINT, SIGTERM},
+        [this](int signal) { handleSignal(signal); });
+  } catch (const std::system_error &e) {
+    log(std::string("cannot take signals: ") + e.what());
+    return false;
+  }
+  const std::size_t count = lsps->size();
+  startAll(std::move(*lsps));
+  log("watching " + std::to_string(count) + (count == 1 ? " LSP" : " LSPs") +
+      (server_ ? ", metrics on " + options_.metricsText : ""));
+  return true;
+}
+
+void MonitorDaemon::run() { loop_.run(); }
+
+bool MonitorDaemon::prepare(std::vector<MonitoredLsp *> &lsps,
+                            std::string &error) {
+  if (lsps.empty()) {
+    return true;
+  }
+  const auto routes = KernelRoutes::open(error);
+  if (!routes) {
+    return false;
+  }
+  const KernelPaths kernel(*routes, host_.intfs(), host_.ipv4(), host_.ipv6());
+  std::vector<Lsp> paths;
+  for (MonitoredLsp *lsp : lsps) {
+    if (error = kernel.route(lsp->lsp); !error.empty()) {
+      error = options_.configFile + ": lsp " + lsp->name + ": " + error;
+      return false;
+    }
+    paths.push_back(lsp->lsp);
+  }
+  if (error = kernel.resolve(paths, neighbourTimeout); !error.empty()) {
+    error = options_.configFile + ": " + error;
+    return false;
+  }
+  std::set<Wirx::IntfId> intfs;
+  for (std::size_t i = 0; i < lsps.size(); ++i) {
+    Session::Target &target = lsps[i]->lsp.target;
+    target = paths[i].target;
+    // An RSVP-TE tunnel's sender is, unless told otherwise, this host.
+    if (target.tunnelType == LspPing::LspPingTunnelType::tunnelRsvpIpv4 &&
+        !target.rsvpSender && target.src.isIpv4()) {
+      target.rsvpSender = target.src;
+    }
+    intfs.insert(target.intf);
+  }
+  return host_.txIntfsAdd(intfs, error);
+}
+
+void MonitorDaemon::handleSignal(int signal) {
+  switch (signal) {
+  case SIGHUP:
+    reload();
+    break;
+  case SIGUSR1:
+    logStates();
+    break;
+  default:
+    loop_.stop();
+    break;
+  }
+}
+
+// Diffs by name: an entry that did not change keeps its monitor.
+void MonitorDaemon::reload() {
+  std::string error;
+  auto lsps = loadMonitorConfig(options_.configFile, error);
+  std::vector<MonitoredLsp> fresh;
+  std::set<std::string> kept;
+  if (lsps) {
+    for (MonitoredLsp &lsp : *lsps) {
+      const auto it = monitors_.find(lsp.name);
+      if (it != monitors_.end() &&
+          it->second->lsp().definition == lsp.definition) {
+        kept.insert(lsp.name);
+      } else {
+        fresh.push_back(std::move(lsp));
+      }
+    }
+    std::vector<MonitoredLsp *> toPrepare;
+    for (MonitoredLsp &lsp : fresh) {
+      toPrepare.push_back(&lsp);
+    }
+    prepare(toPrepare, error);
+  }
+  if (!error.empty()) {
+    log("reload refused, the old set stays: " + error);
+    return;
+  }
+  std::size_t removed = 0, changed = 0;
+  for (auto it = monitors_.begin(); it != monitors_.end();) {
+    if (kept.contains(it->first)) {
+      ++it;
+      continue;
+    }
+    const bool again =
+        std::any_of(fresh.begin(), fresh.end(),
+                    [&](const MonitoredLsp &l) { return l.name == it->first; });
+    ++(again ? changed : removed);
+    it = monitors_.erase(it);
+  }
+  const std::size_t added = fresh.size() - changed;
+  startAll(std::move(fresh));
+  log("reloaded " + options_.configFile + ": " +
+      std::to_string(monitors_.size()) + " LSPs (" + std::to_string(added) +
+      " added, " + std::to_string(removed) + " removed, " +
+      std::to_string(changed) + " changed)");
+}
+
+void MonitorDaemon::startAll(std::vector<MonitoredLsp> lsps) {
+  const double now = Orv::now();
+  const double n = double(lsps.size());
+  for (std::size_t i = 0; i < lsps.size(); ++i) {
+    const double start = now + lsps[i].interval * double(i) / n;
+    std::string name = lsps[i].name;
+    monitors_[name] = std::make_unique<LspMonitor>(
+        host_, nextClientId_++, std::move(lsps[i]), start,
+        [this](const MonitorEvent &event) { report(event); });
+  }
+}
+
+std::string MonitorDaemon::metrics() const {
+  std::vector<const LspMonitor *> monitors;
+  monitors.reserve(monitors_.size());
+  for (const auto &[name, monitor] : monitors_) {
+    monitors.push_back(monitor.get());
+  }
+  MetricsText text;
+  text.reserve(2048 * monitors.size() + 4096);
+  LspMonitor::writeMetrics(text, monitors);
+  return text.take();
+}
+
+void MonitorDaemon::report(const MonitorEvent &event) {
+  log(event.text());
+  if (options_.json) {
+    out_ << event.json().dump(-1, ' ', false,
+                              nlohmann::ordered_json::error_handler_t::replace)
+         << "\n";
+    out_.flush();
+  }
+}
+
+void MonitorDaemon::logStates() {
+  std::size_t up = 0, down = 0;
+  for (const auto &[name, monitor] : monitors_) {
+    if (const auto state = monitor->up()) {
+      ++(*state ? up : down);
+    }
+  }
+  log("watching " + std::to_string(monitors_.size()) + " LSPs: " +
+      std::to_string(up) + " up, " + std::to_string(down) + " down, " +
+      std::to_string(monitors_.size() - up - down) + " not yet judged");
+}
+
+void MonitorDaemon::log(const std::string &line) {
+  log_ << "lspping monitor: " << line << "\n";
+  log_.flush();
+}
+
+} // namespace LspPingTool
