@@ -123,8 +123,7 @@ bool PingRunner::prepare() {
 bool PingRunner::labelsFromState() {
   std::vector<Lsp *> wanting;
   for (Lsp &lsp : run_.lsps) {
-    if (lsp.target.labels.empty() &&
-        (lsp.fec.starts_with("ldp=") || lsp.fec.starts_with("sr="))) {
+    if (wantsStatePath(lsp)) {
       wanting.push_back(&lsp);
     }
   }
@@ -143,34 +142,16 @@ bool PingRunner::labelsFromState() {
   for (const StateSource &source : run_.stateSources) {
     from += (from.empty() ? "" : " + ") + source.text();
   }
+  const StatePaths paths(*reading.document);
   for (Lsp *lsp : wanting) {
     std::string error;
-    const auto path = statePath(*reading.document, lsp->fec, error);
-    const auto nexthop = Wirx::IpGenAddr::fromString(path ? path->nexthop : "");
-    if (!path || !nexthop) {
-      log(where(*lsp),
-          from + ": " + (path ? lsp->fec + ": no next hop" : error));
+    const auto path = paths.path(lsp->fec, error);
+    if (!path || !takeStatePath(*lsp, *path, error)) {
+      log(where(*lsp), from + ": " + error);
       return false;
     }
-    Session::Target &target = lsp->target;
-    std::string labels;
-    for (const unsigned label : path->labels) {
-      target.labels.push_back(Wirx::MplsLabel(label));
-      lsp->ttls.push_back(255);
-      labels += " " + std::to_string(label);
-    }
-    if (!target.intf) {
-      target.intf = Wirx::IntfId(path->interface);
-    }
-    if (!target.nexthop && !target.nexthopEthAddr) {
-      target.nexthop = *nexthop;
-    }
-    log(where(*lsp),
-        lsp->fec + ": " +
-            (labels.empty() ? "no label (the next hop is the egress)"
-                            : "label" + labels) +
-            " out " + path->interface + " to " + path->nexthop + ", from " +
-            from + " (" + path->entry + ")");
+    log(where(*lsp), lsp->fec + ": " + path->text() + ", from " + from + " (" +
+                         path->entry + ")");
   }
   return true;
 }

@@ -27,27 +27,53 @@ const json &member(const json &object, const char *key) {
   return it == object.end() ? none : *it;
 }
 
-const json *find(const json &table, const char *key, const json &value) {
+template <typename Key, typename KeyOf>
+void index(std::map<Key, const json *> &map, const json &table, KeyOf keyOf) {
   for (const json &entry : table) {
-    if (entry.value(key, json()) == value) {
-      return &entry;
+    if (entry.is_object()) {
+      map.emplace(keyOf(entry), &entry);
     }
   }
-  return nullptr;
 }
 
-const json *fecEntry(const json &table, const std::string &prefix) {
-  for (const json &entry : table) {
-    if (normal(entry.value("fec", "")) == prefix) {
-      return &entry;
-    }
+template <typename Key>
+const json *lookUp(const std::map<Key, const json *> &map, const Key &key) {
+  const auto it = map.find(key);
+  return it == map.end() ? nullptr : it->second;
+}
+
+} // namespace
+
+std::string StatePath::text() const {
+  std::string words =
+      labels.empty() ? "no label (the next hop is the egress)" : "label";
+  for (const unsigned label : labels) {
+    words += " " + std::to_string(label);
   }
-  return nullptr;
+  return words + " out " + interface + " to " + nexthop;
+}
+
+StatePaths::StatePaths(const json &state) {
+  const auto prefixOf = [](const json &entry) {
+    const json fec = entry.value("fec", json());
+    return normal(fec.is_string() ? fec.get<std::string>() : "");
+  };
+  const auto keyed = [](const char *key) {
+    return [key](const json &entry) { return entry.value(key, json()); };
+  };
+  index(fib_, member(state, "fib"), prefixOf);
+  for (const auto &[table, entries] : member(state, "bindings").items()) {
+    index(bindings_[table], entries, prefixOf);
+  }
+  const json &lfib = member(state, "lfib");
+  index(routes_, member(lfib, "routes"), keyed("label"));
+  index(viaSets_, member(lfib, "viaSets"), keyed("key"));
+  index(vias_, member(lfib, "vias"), keyed("key"));
 }
 
 // The labels an IP forwarding entry pushes: segment routing's way in.
-std::optional<StatePath> pushed(const json &state, const std::string &prefix) {
-  const json *entry = fecEntry(member(state, "fib"), prefix);
+std::optional<StatePath> StatePaths::pushed(const std::string &prefix) const {
+  const json *entry = lookUp(fib_, prefix);
   if (!entry) {
     return std::nullopt;
   }
@@ -62,11 +88,13 @@ std::optional<StatePath> pushed(const json &state, const std::string &prefix) {
 }
 
 // The first via of the route for the FEC's label in `table`.
-std::optional<StatePath> switched(const json &state, const char *table,
-                                  const std::string &prefix, std::string &error,
-                                  const std::string &name) {
+std::optional<StatePath> StatePaths::switched(const char *table,
+                                              const std::string &prefix,
+                                              std::string &error,
+                                              const std::string &name) const {
+  const auto bindings = bindings_.find(table);
   const json *binding =
-      fecEntry(member(member(state, "bindings"), table), prefix);
+      bindings == bindings_.end() ? nullptr : lookUp(bindings->second, prefix);
   if (!binding || member(*binding, "labels").empty()) {
     error = "no " + name + " binding for " + prefix;
     return std::nullopt;
@@ -77,14 +105,12 @@ std::optional<StatePath> switched(const json &state, const char *table,
             " binding: implicit null)";
     return std::nullopt;
   }
-  const json &lfib = member(state, "lfib");
-  const json *route = find(member(lfib, "routes"), "label", label);
+  const json *route = lookUp(routes_, label);
   const json *set =
-      route ? find(member(lfib, "viaSets"), "key", route->at("viaSet"))
-            : nullptr;
+      route ? lookUp(viaSets_, route->value("viaSet", json())) : nullptr;
   const json *via =
-      set && set->value("type", "") == "mpls" && !set->at("vias").empty()
-          ? find(member(lfib, "vias"), "key", set->at("vias").at(0))
+      set && set->value("type", "") == "mpls" && !member(*set, "vias").empty()
+          ? lookUp(vias_, set->at("vias").at(0))
           : nullptr;
   if (!via || !via->contains("interface") || !via->contains("nexthop")) {
     error = prefix + ": no label route for its " + name + " binding " +
@@ -101,27 +127,63 @@ std::optional<StatePath> switched(const json &state, const char *table,
   return path;
 }
 
-} // namespace
+// A hand-written state may hold values of the wrong type where the walk
+// goes: the FEC gets no path, with the reason.
+std::optional<StatePath> StatePaths::path(const std::string &fec,
+                                          std::string &error) const {
+  try {
+    return pathOf(fec, error);
+  } catch (const json::exception &e) {
+    error = fec + ": the state's entries for it are malformed (" +
+            std::string(e.what()) + ")";
+    return std::nullopt;
+  }
+}
 
-std::optional<StatePath> statePath(const json &state, const std::string &fec,
-                                   std::string &error) {
+std::optional<StatePath> StatePaths::pathOf(const std::string &fec,
+                                            std::string &error) const {
   const std::size_t equals = fec.find('=');
   const std::string kind = fec.substr(0, equals);
   const std::string prefix =
       normal(fec.substr(equals + 1, fec.find(',') - equals - 1));
   if (kind == "ldp") {
-    return switched(state, "ldp", prefix, error, "LDP");
+    return switched("ldp", prefix, error, "LDP");
   }
   if (kind == "sr") {
-    if (auto path = pushed(state, prefix)) {
+    if (auto path = pushed(prefix)) {
       return path;
     }
     const bool ipv6 = prefix.find(':') != std::string::npos;
-    return switched(state, ipv6 ? "isisV6" : "isisV4", prefix, error, "IS-IS");
+    return switched(ipv6 ? "isisV6" : "isisV4", prefix, error, "IS-IS");
   }
   error = fec + ": only LDP and segment-routing FECs have labels from a "
                 "control plane (give --label)";
   return std::nullopt;
+}
+
+bool wantsStatePath(const Lsp &lsp) {
+  return lsp.target.labels.empty() &&
+         (lsp.fec.starts_with("ldp=") || lsp.fec.starts_with("sr="));
+}
+
+bool takeStatePath(Lsp &lsp, const StatePath &path, std::string &error) {
+  const auto nexthop = Wirx::IpGenAddr::fromString(path.nexthop);
+  if (!nexthop) {
+    error = lsp.fec + ": no next hop";
+    return false;
+  }
+  Session::Target &target = lsp.target;
+  for (const unsigned label : path.labels) {
+    target.labels.push_back(Wirx::MplsLabel(label));
+    lsp.ttls.push_back(255);
+  }
+  if (!target.intf) {
+    target.intf = Wirx::IntfId(path.interface);
+  }
+  if (!target.nexthop && !target.nexthopEthAddr) {
+    target.nexthop = *nexthop;
+  }
+  return true;
 }
 
 } // namespace LspPingTool

@@ -10,6 +10,7 @@ LSPPING_REQUIRE_FRR=1 makes its absence a failure."""
 import json
 import os
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -83,6 +84,36 @@ def run_lspping(*arguments):
     if done.returncode not in (0, 1):
         raise AssertionError(f"lspping {' '.join(arguments)}: {done.stderr.strip()}")
     return done.stdout
+
+
+class Daemon:
+    """A process started in a router by the test, its output in files,
+    stopped by its pid."""
+
+    def __init__(self, lab, name, router, *command):
+        self.out = lab.work / f"{name}.out"
+        self.err = lab.work / f"{name}.err"
+        with open(self.out, "w") as out, open(self.err, "w") as err:
+            # lab/lab exec becomes the program (exec), so the pid is its.
+            self.process = subprocess.Popen(
+                [str(LAB), "exec", lab.name, router, "--", *command],
+                stdout=out, stderr=err)
+
+    def lines(self, which="err"):
+        return (self.err if which == "err" else self.out).read_text().splitlines()
+
+    def events(self):
+        return [json.loads(line) for line in self.lines("out")]
+
+    def stop(self):
+        if self.process.poll() is None:
+            self.process.send_signal(signal.SIGTERM)
+            try:
+                self.process.wait(timeout=20)
+            except subprocess.TimeoutExpired:
+                self.process.kill()
+                self.process.wait()
+        return self.process.returncode
 
 
 class Lab:

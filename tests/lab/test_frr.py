@@ -1,7 +1,8 @@
 """The FRR lab, r1 - r2 - r3, whose labels LDP chose: each responder
 answers from what FRR reports, the switch does what LDP chose, ping and
 trace find their labels in FRR, `lab break` makes a broken LSP, and the
-responders follow LDP when its labels change, without a restart."""
+responders and a monitor follow LDP when its labels change, without a
+restart."""
 
 import json
 import time
@@ -80,6 +81,18 @@ def answer(name, stack, *options):
     return replies[0].code[0] if replies else None
 
 
+def start_monitor():
+    """`lspping monitor` on r1 watching r3's loopback, its path from r1's
+    FRR read every second."""
+    config = LAB.work / "monitor.json"
+    config.write_text(json.dumps({"interval": 0.5, "timeout": 1, "window": 2, "lsps": [
+        {"name": "r3", "fec": f"ldp {R3}"}]}))
+    space = LAB.record()["frr"]["r1"]["pathspace"]
+    return labtest.Daemon(LAB, "monitor", "r1", labtest.LSPPING, "monitor", "--config",
+                          str(config), "--state-from", f"frr:{space}", "--state-refresh", "1",
+                          "--json")
+
+
 class FrrLabTest(unittest.TestCase):
     def test_a_state_from_frr_shows_the_bindings_ldp_reports(self):
         for router in LOOPBACK:
@@ -132,9 +145,14 @@ class FrrLabTest(unittest.TestCase):
             labtest.run_lab("heal", LAB.name, "r2")
         self.assertEqual(answer("healed", str(chosen)), EGRESS)
 
-    def test_d_the_responders_follow_new_labels_without_a_restart(self):
+    def test_d_the_responders_and_a_monitor_follow_new_labels_without_a_restart(self):
         old = local_labels("r2")[R3]
         pids = {r: e["pid"] for r, e in LAB.record()["responders"].items()}
+        monitor = start_monitor()
+        self.addCleanup(monitor.stop)
+        ups = lambda: [e for e in monitor.events() if e["event"] == "up"]  # noqa: E731
+        self.assertTrue(eventually(lambda: len(ups()) == 1), monitor.lines())
+        self.assertIn(f"lsp r3: label {old} out e1 to 10.1.12.2, from frr:", monitor.err.read_text())
         # r2 withdraws its label for r3's loopback, resets its sessions and
         # binds the FEC again: LDP gives it the next free label.
         space = LAB.record()["frr"]["r2"]["pathspace"]
@@ -158,6 +176,10 @@ class FrrLabTest(unittest.TestCase):
         self.assertIn(f"label {new} out e1", err)
         self.assertEqual({r: e["pid"] for r, e in LAB.record()["responders"].items()}, pids)
         self.assertTrue(any("state changed" in line for line in LAB.log("r2")))
+        self.assertTrue(eventually(lambda: len(ups()) == 2), monitor.lines())
+        self.assertIn("lsp r3: its path changed in frr:", monitor.err.read_text())
+        self.assertIn(f"lsp r3: label {new} out e1", monitor.err.read_text())
+        self.assertEqual(monitor.stop(), 0)
 
 
 if __name__ == "__main__":
