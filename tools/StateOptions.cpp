@@ -11,14 +11,15 @@ CLI::Validator stateSourceCheck() {
                          "' is no state source (expected frr, "
                          "frr:NAME or kernel)";
       },
-      "SOURCE");
+      "");
 }
 
 void addStateOptions(CLI::App &cmd, StateOptions &options,
                      const std::string &sourceOption) {
   cmd.add_option("--state", options.file,
                  "the router's state, a JSON file (docs/state-file.md); "
-                 "with a source, its entries win");
+                 "with a source, its entries win")
+      ->type_name("FILE");
   cmd.add_option_function<std::vector<std::string>>(
          sourceOption,
          [&options](const std::vector<std::string> &texts) {
