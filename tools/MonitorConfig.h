@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -7,6 +8,7 @@
 
 #include "Orv/Types.h"
 #include "tools/Lsp.h"
+#include "tools/StatePaths.h"
 
 namespace LspPingTool {
 
@@ -30,6 +32,16 @@ struct MonitoredLsp {
   // The entry with the defaults applied, as one text: a reload keeps the
   // LSP of a name running while its definition stays the same.
   std::string definition;
+
+  // An LSP whose path the forwarding state gives (an LDP or
+  // segment-routing FEC whose entry names no label): the LSP as its entry
+  // reads, before it took a path, and the path it took. Shared: it does
+  // not change while the LSP runs.
+  struct FromState {
+    Lsp asRead;
+    StatePath path;
+  };
+  std::shared_ptr<const FromState> fromState;
 };
 
 // Reads the configuration file at `path`: a JSON object, strict (unknown

@@ -1,8 +1,11 @@
 #include "tools/MonitorDaemon.h"
 
+#include <algorithm>
 #include <csignal>
+#include <functional>
 #include <set>
 #include <system_error>
+#include <utility>
 
 #include "Orv/Clock.h"
 #include "tools/KernelPaths.h"
@@ -26,6 +29,8 @@ MonitorDaemon::MonitorDaemon(MonitorOptions options, std::ostream &out,
 // The monitors go before the host whose client side they configure, the
 // server and signals before the loop.
 MonitorDaemon::~MonitorDaemon() {
+  reader_.reset();
+  refreshTimer_.reset();
   signals_.reset();
   server_.reset();
   monitors_.clear();
@@ -50,6 +55,24 @@ bool MonitorDaemon::start() {
   for (MonitoredLsp &lsp : *lsps) {
     all.push_back(&lsp);
   }
+  const StateOptions &state = options_.state;
+  if (!state.empty()) {
+    reader_ = std::make_unique<StateReader>(loop_, state.file, state.sources);
+    const StateReading reading = readState(state.file, state.sources);
+    for (const std::string &note : reading.notes) {
+      log(note);
+    }
+    notes_ = reading.notes;
+    if (!reading.document) {
+      log(reading.error);
+      return false;
+    }
+    documentHash_ = std::hash<std::string>()(reading.document->dump());
+    if (!takePaths(all, StatePaths(*reading.document), error)) {
+      log(error);
+      return false;
+    }
+  }
   if (!prepare(all, error)) {
     log(error);
     return false;
@@ -70,6 +93,11 @@ bool MonitorDaemon::start() {
   } catch (const std::system_error &e) {
     log(std::string("cannot take signals: ") + e.what());
     return false;
+  }
+  if (!state.sources.empty()) {
+    refreshTimer_ =
+        std::make_unique<Kiv::Timer>(loop_.wheel(), [this] { refresh(false); });
+    refreshTimer_->timeMinIs(Orv::now() + options_.stateRefresh);
   }
   const std::size_t count = lsps->size();
   startAll(std::move(*lsps));
@@ -116,10 +144,34 @@ bool MonitorDaemon::prepare(std::vector<MonitoredLsp *> &lsps,
   return host_.txIntfsAdd(intfs, error);
 }
 
+bool MonitorDaemon::takePaths(std::vector<MonitoredLsp *> &lsps,
+                              const StatePaths &paths,
+                              std::string &error) const {
+  for (MonitoredLsp *lsp : lsps) {
+    if (!wantsStatePath(lsp->lsp)) {
+      continue;
+    }
+    Lsp asRead = lsp->lsp;
+    const auto path = paths.path(asRead.fec, error);
+    if (!path || !takeStatePath(lsp->lsp, *path, error)) {
+      error = options_.configFile + ": lsp " + lsp->name + ": " +
+              reader_->name() + ": " + error;
+      return false;
+    }
+    lsp->fromState = std::make_shared<const MonitoredLsp::FromState>(
+        MonitoredLsp::FromState{std::move(asRead), *path});
+  }
+  return true;
+}
+
 void MonitorDaemon::handleSignal(int signal) {
   switch (signal) {
   case SIGHUP:
-    reload();
+    if (reader_) {
+      refresh(true);
+    } else {
+      reload(nullptr);
+    }
     break;
   case SIGUSR1:
     logStates();
@@ -130,8 +182,57 @@ void MonitorDaemon::handleSignal(int signal) {
   }
 }
 
-// Diffs by name: an entry that did not change keeps its monitor.
-void MonitorDaemon::reload() {
+void MonitorDaemon::refresh(bool asked) {
+  if (refreshTimer_) {
+    refreshTimer_->timeMinIs(Orv::now() + options_.stateRefresh);
+  }
+  // Nothing to read for LSPs that all have their labels.
+  if (!asked && !anyFromState()) {
+    return;
+  }
+  const bool started = reader_->read(
+      [this, asked](StateReading reading) { stateRead(reading, asked); });
+  // A SIGHUP asks for what the sources and the file say after it: the
+  // reading under way may have read them before.
+  askedAgain_ = askedAgain_ || (asked && !started);
+}
+
+void MonitorDaemon::stateRead(const StateReading &reading, bool asked) {
+  if (reading.notes != notes_) {
+    for (const std::string &note : reading.notes) {
+      log(note);
+    }
+    notes_ = reading.notes;
+  }
+  if (!reading.document) {
+    if (asked) {
+      log("reload refused, the old set stays: " + reading.error);
+    } else if (reading.error != refreshError_) {
+      log("state refresh failed, the LSPs keep their paths: " + reading.error);
+    }
+    refreshError_ = reading.error;
+  } else {
+    if (!refreshError_.empty() && !asked) {
+      log("state refresh works again");
+    }
+    refreshError_.clear();
+    const std::size_t hash = std::hash<std::string>()(reading.document->dump());
+    const StatePaths paths(*reading.document);
+    if (asked) {
+      reload(&paths);
+    } else if (hash != documentHash_) {
+      followPaths(paths);
+    }
+    documentHash_ = hash;
+  }
+  if (std::exchange(askedAgain_, false)) {
+    refresh(true);
+  }
+}
+
+// Diffs by name: an entry that did not change keeps its monitor, and its
+// path unless the state changed it.
+void MonitorDaemon::reload(const StatePaths *paths) {
   std::string error;
   auto lsps = loadMonitorConfig(options_.configFile, error);
   std::vector<MonitoredLsp> fresh;
@@ -150,7 +251,9 @@ void MonitorDaemon::reload() {
     for (MonitoredLsp &lsp : fresh) {
       toPrepare.push_back(&lsp);
     }
-    prepare(toPrepare, error);
+    if (!paths || takePaths(toPrepare, *paths, error)) {
+      prepare(toPrepare, error);
+    }
   }
   if (!error.empty()) {
     log("reload refused, the old set stays: " + error);
@@ -174,6 +277,61 @@ void MonitorDaemon::reload() {
       std::to_string(monitors_.size()) + " LSPs (" + std::to_string(added) +
       " added, " + std::to_string(removed) + " removed, " +
       std::to_string(changed) + " changed)");
+  if (paths) {
+    followPaths(*paths);
+  }
+}
+
+void MonitorDaemon::followPaths(const StatePaths &paths) {
+  std::vector<MonitoredLsp> moved;
+  for (const auto &[name, monitor] : monitors_) {
+    const auto &from = monitor->lsp().fromState;
+    if (!from) {
+      continue;
+    }
+    std::string error;
+    const auto path = paths.path(from->asRead.fec, error);
+    if (!path) {
+      log("lsp " + name + ": " + reader_->name() + ": " + error +
+          "; it stays on " + from->path.text());
+      continue;
+    }
+    if (*path == from->path) {
+      continue;
+    }
+    MonitoredLsp lsp = monitor->lsp();
+    lsp.lsp = from->asRead;
+    if (!takeStatePath(lsp.lsp, *path, error)) {
+      log("lsp " + name + ": " + reader_->name() + ": " + error +
+          "; it stays on " + from->path.text());
+      continue;
+    }
+    lsp.fromState = std::make_shared<const MonitoredLsp::FromState>(
+        MonitoredLsp::FromState{from->asRead, *path});
+    moved.push_back(std::move(lsp));
+  }
+  std::vector<MonitoredLsp *> toPrepare;
+  for (MonitoredLsp &lsp : moved) {
+    toPrepare.push_back(&lsp);
+  }
+  if (std::string error; !prepare(toPrepare, error)) {
+    log("new paths from " + reader_->name() +
+        " not taken, the LSPs stay on theirs: " + error);
+    return;
+  }
+  for (const MonitoredLsp &lsp : moved) {
+    log("lsp " + lsp.name + ": its path changed in " + reader_->name() +
+        " (was " + monitors_.at(lsp.name)->lsp().fromState->path.text() +
+        "): started anew");
+    monitors_.erase(lsp.name);
+  }
+  startAll(std::move(moved));
+}
+
+bool MonitorDaemon::anyFromState() const {
+  return std::any_of(monitors_.begin(), monitors_.end(), [](const auto &item) {
+    return item.second->lsp().fromState != nullptr;
+  });
 }
 
 void MonitorDaemon::startAll(std::vector<MonitoredLsp> lsps) {
@@ -182,6 +340,10 @@ void MonitorDaemon::startAll(std::vector<MonitoredLsp> lsps) {
   for (std::size_t i = 0; i < lsps.size(); ++i) {
     const double start = now + lsps[i].interval * double(i) / n;
     std::string name = lsps[i].name;
+    if (const auto &from = lsps[i].fromState) {
+      log("lsp " + name + ": " + from->path.text() + ", from " +
+          reader_->name() + " (" + from->path.entry + ")");
+    }
     monitors_[name] = std::make_unique<LspMonitor>(
         host_, nextClientId_++, std::move(lsps[i]), start,
         [this](const MonitorEvent &event) { report(event); });

@@ -14,6 +14,7 @@
 #include "tools/MetricsServer.h"
 #include "tools/MonitorConfig.h"
 #include "tools/SignalFd.h"
+#include "tools/StateOptions.h"
 
 namespace LspPingTool {
 
@@ -23,12 +24,21 @@ struct MonitorOptions {
   std::optional<ListenAddress> metrics;
   std::string metricsText;
   bool json = false;
+  // Where LDP and segment-routing LSPs whose entries name no label take
+  // their paths (a state file, FRR, the kernel), and how often the sources
+  // are read again.
+  StateOptions state;
+  double stateRefresh = 10.0;
 };
 
 // `lspping monitor`: watches the LSPs of a configuration file from this
 // Linux host, each an LspMonitor with its own client of one
 // LinuxSessionHost, all on one event loop, their paths completed from the
-// kernel (KernelPaths) before they start. SIGHUP reloads the file: LSPs
+// kernel (KernelPaths) before they start. LDP and segment-routing LSPs
+// whose entries name no label take their labels, interface and next hop
+// from the router's forwarding state, as its ingress does; the state's
+// sources are read again every `stateRefresh` seconds, and an LSP whose
+// path changed starts anew on its new path. SIGHUP reloads the file: LSPs
 // whose entry did not change keep running, with their counters; those
 // removed stop and leave the metrics; those added or changed start anew.
 // A file with a mistake, or an LSP whose path cannot be completed, is
@@ -54,8 +64,21 @@ private:
   // Completes the paths of `lsps` from the kernel and opens the raw
   // modules they leave by; false, with `error` naming the LSP.
   bool prepare(std::vector<MonitoredLsp *> &lsps, std::string &error);
+  // Gives those of `lsps` that want one their path in `paths`; false,
+  // with `error` naming the LSP, when one has none.
+  bool takePaths(std::vector<MonitoredLsp *> &lsps, const StatePaths &paths,
+                 std::string &error) const;
   void handleSignal(int signal);
-  void reload();
+  // Reads the state again (all of it, with the file, when `asked` by a
+  // SIGHUP), then goes on in stateRead().
+  void refresh(bool asked);
+  void stateRead(const StateReading &reading, bool asked);
+  // The configuration file read again, its new LSPs given their paths in
+  // `paths` when the monitor reads a state.
+  void reload(const StatePaths *paths);
+  // Starts anew the LSPs whose path in `paths` is not the one they run on.
+  void followPaths(const StatePaths &paths);
+  bool anyFromState() const;
   // Starts `lsps`, spread over their first interval.
   void startAll(std::vector<MonitoredLsp> lsps);
   std::string metrics() const;
@@ -74,6 +97,15 @@ private:
   Orv::U32 nextClientId_ = 1;
   std::unique_ptr<MetricsServer> server_;
   std::unique_ptr<SignalFd> signals_;
+  // Set when the monitor reads a state.
+  std::unique_ptr<StateReader> reader_;
+  std::unique_ptr<Kiv::Timer> refreshTimer_;
+  bool askedAgain_ = false;
+  // What the last reading said, so that a refresh that reads the same
+  // neither walks the LSPs nor repeats its complaint.
+  std::size_t documentHash_ = 0;
+  std::string refreshError_;
+  std::vector<std::string> notes_;
 };
 
 } // namespace LspPingTool

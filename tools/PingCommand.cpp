@@ -10,6 +10,7 @@
 #include "tools/ExitStatus.h"
 #include "tools/Lsp.h"
 #include "tools/PingRunner.h"
+#include "tools/StateOptions.h"
 
 namespace LspPingTool {
 
@@ -122,6 +123,17 @@ void addShared(CLI::App &cmd, CommandLine &c) {
                  "--destination and --tc on the command line apply to "
                  "lines without them")
       ->type_name("FILE");
+  cmd.add_option_function<std::string>(
+         "--state-from",
+         [&c](const std::string &text) {
+           c.run.stateSources.push_back(*StateSource::fromString(text));
+         },
+         "LDP and segment-routing LSPs given no --label take their labels, "
+         "interface and next hop from SOURCE, as the router's ingress does: "
+         "frr (vtysh), frr:NAME (vtysh -N NAME) or kernel; the one used is "
+         "said on standard error")
+      ->type_name("SOURCE")
+      ->check(stateSourceCheck());
   cmd.add_flag("-q,--quiet", c.run.style.quiet, "print the summaries only");
   cmd.add_flag("--json", c.run.style.json,
                "one JSON object per line: each event, then the summary "
@@ -157,7 +169,8 @@ void addPingCommands(CLI::App &app, int &status) {
               "  lspping ping ldp 10.255.0.4/32 --label 1004\n"
               "  lspping ping -I e1 --nexthop 10.0.12.2 sr 2001:db8:ff::4/128 "
               "--label 16104 -c 3\n"
-              "  lspping ping --fec-file lsps.txt -q --json\n");
+              "  lspping ping --fec-file lsps.txt -q --json\n"
+              "  lspping ping ldp 10.0.0.3/32 --state-from frr\n");
   cmd->callback([ping, &status] { status = runCommand(*ping); });
 
   auto trace = std::make_shared<CommandLine>();
@@ -190,7 +203,8 @@ void addPingCommands(CLI::App &app, int &status) {
               "Examples:\n"
               "  lspping trace ldp 10.255.0.4/32 --label 1004\n"
               "  lspping trace --multipath --dot tree.dot ldp 10.255.0.4/32 "
-              "--label 1004\n");
+              "--label 1004\n"
+              "  lspping trace ldp 10.0.0.3/32 --state-from frr:r1\n");
   cmd->callback([trace, &status] {
     trace->run.traceOptions.timeout = trace->run.ping.timeout;
     status = runCommand(*trace);

@@ -11,6 +11,7 @@
 #include "tools/ExitStatus.h"
 #include "tools/KernelPaths.h"
 #include "tools/RawSockets.h"
+#include "tools/StatePaths.h"
 
 namespace LspPingTool {
 
@@ -85,6 +86,9 @@ bool PingRunner::prepare() {
     log("", error);
     return false;
   }
+  if (!labelsFromState()) {
+    return false;
+  }
   const KernelPaths kernel(*routes, host_.intfs(), host_.ipv4(), host_.ipv6());
   for (Lsp &lsp : run_.lsps) {
     if (error = kernel.route(lsp); !error.empty()) {
@@ -112,6 +116,42 @@ bool PingRunner::prepare() {
   if (!host_.start(intfs, ipv4, ipv6, error)) {
     log("", error);
     return false;
+  }
+  return true;
+}
+
+bool PingRunner::labelsFromState() {
+  std::vector<Lsp *> wanting;
+  for (Lsp &lsp : run_.lsps) {
+    if (wantsStatePath(lsp)) {
+      wanting.push_back(&lsp);
+    }
+  }
+  if (run_.stateSources.empty() || wanting.empty()) {
+    return true;
+  }
+  const StateReading reading = readState("", run_.stateSources);
+  for (const std::string &note : reading.notes) {
+    log("", note);
+  }
+  if (!reading.document) {
+    log("", reading.error);
+    return false;
+  }
+  std::string from;
+  for (const StateSource &source : run_.stateSources) {
+    from += (from.empty() ? "" : " + ") + source.text();
+  }
+  const StatePaths paths(*reading.document);
+  for (Lsp *lsp : wanting) {
+    std::string error;
+    const auto path = paths.path(lsp->fec, error);
+    if (!path || !takeStatePath(*lsp, *path, error)) {
+      log(where(*lsp), from + ": " + error);
+      return false;
+    }
+    log(where(*lsp), lsp->fec + ": " + path->text() + ", from " + from + " (" +
+                         path->entry + ")");
   }
   return true;
 }

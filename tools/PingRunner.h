@@ -13,6 +13,7 @@
 #include "tools/Lsp.h"
 #include "tools/PingReport.h"
 #include "tools/SignalFd.h"
+#include "tools/StateSource.h"
 
 namespace LspPingTool {
 
@@ -29,13 +30,17 @@ struct PingRun {
   PingReport::Style style;
   // Where a trace's Graphviz graph goes; none when null.
   std::ostream *dot = nullptr;
+  // Where the labels of LDP and segment-routing LSPs given none come from,
+  // with their interface and next hop; none: plain IP by the kernel's route.
+  std::vector<StateSource> stateSources;
 };
 
 // Runs `lspping ping` or `trace` on this Linux host: every LSP's session on
 // one LinuxSessionHost, one event loop, the LSPs' first requests spread
 // over the first interval so that many LSPs do not send in one burst.
-// Before the first request it completes each LSP's path from the kernel
-// (KernelPaths) and refuses, with one line, what cannot be sent. SIGINT
+// Before the first request it completes each LSP's path from the state
+// sources when asked to (labels, interface, next hop), then from the kernel
+// (KernelPaths), and refuses, with one line, what cannot be sent. SIGINT
 // and SIGTERM end it with the summaries so far.
 class PingRunner {
 public:
@@ -63,6 +68,9 @@ private:
   // Completes the LSPs' paths and starts the host; false once the reason
   // it cannot is logged.
   bool prepare();
+  // Gives the LSPs without labels those the state sources say; false once
+  // the reason it cannot is logged.
+  bool labelsFromState();
   void nameLsps();
   void startDue();
   void startPing(std::size_t i);

@@ -23,6 +23,7 @@
 #include "tools/Pcap.h"
 #include "tools/ReplyFrame.h"
 #include "tools/StateFile.h"
+#include "tools/StateOptions.h"
 #include "tools/TraceCapture.h"
 
 namespace LspPingTool {
@@ -149,8 +150,24 @@ void printJson(std::ostream &out, U32 frameNumber, const Outcome &o) {
   out << line.dump(-1, ' ', false, Json::error_handler_t::replace) << "\n";
 }
 
+// The router's state: the file's alone, or read from the sources and
+// combined with it.
+RouterState loadRouterState(const StateOptions &options) {
+  if (options.sources.empty()) {
+    return loadStateFile(options.file);
+  }
+  const StateReading reading = readState(options.file, options.sources);
+  for (const std::string &note : reading.notes) {
+    std::cerr << "lspping: respond: " << note << "\n";
+  }
+  if (!reading.document) {
+    throw StateFileError(reading.error);
+  }
+  return loadStateDocument(*reading.document, "the state read");
+}
+
 struct Options {
-  std::string state;
+  StateOptions state;
   std::string in;
   std::string out;
   bool json = false;
@@ -162,9 +179,14 @@ int respond(const Options &o) {
                  "to standard output\n";
     return exitError;
   }
+  if (o.state.empty()) {
+    std::cerr << "lspping: respond: give --state FILE, --state-from SOURCE "
+                 "or both (see --help)\n";
+    return exitError;
+  }
   std::optional<RouterState> state;
   try {
-    state = loadStateFile(o.state);
+    state = loadRouterState(o.state);
   } catch (const StateFileError &e) {
     std::cerr << "lspping: " << e.what() << "\n";
     return exitError;
@@ -215,13 +237,12 @@ void addRespondCommand(CLI::App &app, int &status) {
       "respond",
       "Answer the MPLS echo requests of a pcap file of Ethernet frames as a "
       "router would, with the library's echo responder over the router's "
-      "forwarding state read from a state file. Prints, for each frame "
+      "forwarding state read from a state file, FRR or the kernel, or both. "
+      "Prints, for each frame "
       "(numbered from 1), the return code and subcode of the reply and where "
       "it goes, or why the frame was dropped; writes the replies as Ethernet "
       "frames to another pcap file.");
-  cmd->add_option("--state", o->state,
-                  "the router's state, a JSON file (docs/state-file.md)")
-      ->required();
+  addStateOptions(*cmd, o->state, "--state-from");
   cmd->add_option("--in", o->in, "pcap file of requests, '-' for stdin")
       ->required();
   cmd->add_option("--out", o->out, "pcap file to write the replies to")

@@ -41,6 +41,11 @@ std::string readReplySources(CommandLine &c) {
 }
 
 int respond(CommandLine &c) {
+  if (c.options.state.empty()) {
+    std::cerr << "lspping responder: give --state FILE, --state-from SOURCE "
+                 "or both (see --help)\n";
+    return exitError;
+  }
   if (const std::string error = readReplySources(c); !error.empty()) {
     std::cerr << "lspping responder: " << error << "\n";
     return exitError;
@@ -67,13 +72,17 @@ void addResponderCommand(CLI::App &app, int &status) {
       "responder",
       "Answer MPLS echo requests on this Linux host's interfaces, as a "
       "router does, with the library's echo responder over forwarding state "
-      "read from a state file; interfaces, addresses and MTUs come from the "
-      "kernel. Runs until SIGINT or SIGTERM (exit status 0); SIGHUP reloads "
-      "the state file, SIGUSR1 logs the counters. Needs root or "
-      "CAP_NET_RAW.");
-  cmd->add_option("--state", c->options.stateFile,
-                  "the router's state, a JSON file (docs/state-file.md)")
-      ->required();
+      "read from a state file, from FRR or the kernel's label routes (read "
+      "again every --state-refresh seconds), or both; interfaces, addresses "
+      "and MTUs come from the kernel. Runs until SIGINT or SIGTERM (exit "
+      "status 0); SIGHUP reloads the state, SIGUSR1 logs the counters. "
+      "Needs root or CAP_NET_RAW.");
+  addStateOptions(*cmd, c->options.state, "--state-from");
+  cmd->add_option("--state-refresh", c->options.stateRefresh,
+                  "seconds between two readings of the --state-from "
+                  "sources")
+      ->check(CLI::Range(0.1, 86400.0))
+      ->capture_default_str();
   cmd->add_option("-I,--interface", c->options.interfaces,
                   "answer on this interface (repeatable); default: every "
                   "interface that is up, but the loopback, and those that "
@@ -110,6 +119,7 @@ void addResponderCommand(CLI::App &app, int &status) {
                 "output");
   cmd->footer("Examples:\n"
               "  lspping responder --state /etc/lspping/router.json -v\n"
+              "  lspping responder --state-from frr --state-refresh 5\n"
               "  lspping responder --state router.json -I eth1 -I eth2 "
               "--rate 0 --json\n");
   cmd->callback([c, &status] { status = respond(*c); });

@@ -5,8 +5,10 @@
 #include <csignal>
 #include <exception>
 #include <system_error>
+#include <utility>
 
 #include "LspPing/LspPingConstant.h"
+#include "Orv/Clock.h"
 #include "tools/RawSockets.h"
 #include "tools/TraceCapture.h"
 
@@ -67,6 +69,8 @@ ResponderDaemon::ResponderDaemon(ResponderOptions options, std::ostream &out,
 // The modules go before the loop they are registered with.
 ResponderDaemon::~ResponderDaemon() {
   server_.reset();
+  reader_.reset();
+  refreshTimer_.reset();
   rawPams_.clear();
   handler_ = nullptr;
   tap4_ = nullptr;
@@ -149,16 +153,39 @@ void ResponderDaemon::run() {
   logCounters();
 }
 
-bool ResponderDaemon::loadState(RouterState &into, std::string &error) const {
+// The state at start: the file's alone, or what a first reading of the
+// sources finds, before the loop runs.
+bool ResponderDaemon::loadState(RouterState &into, std::string &error) {
+  const StateOptions &state = options_.state;
+  if (state.sources.empty()) {
+    try {
+      into = loadStateFile(state.file);
+      return true;
+    } catch (const StateFileError &e) {
+      error = e.what();
+    } catch (const std::exception &e) {
+      error = state.file + ": " + e.what();
+    }
+    return false;
+  }
+  const StateReading reading = readState(state.file, state.sources);
+  logNotes(reading.notes);
+  if (!reading.document) {
+    error = reading.error;
+    return false;
+  }
   try {
-    into = loadStateFile(options_.stateFile);
-    return true;
+    into = loadStateDocument(*reading.document, "the state read");
   } catch (const StateFileError &e) {
     error = e.what();
-  } catch (const std::exception &e) {
-    error = options_.stateFile + ": " + e.what();
+    return false;
   }
-  return false;
+  document_ = *reading.document;
+  reader_ = std::make_unique<StateReader>(loop_, state.file, state.sources);
+  refreshTimer_ =
+      std::make_unique<Kiv::Timer>(loop_.wheel(), [this] { refresh(false); });
+  refreshTimer_->timeMinIs(Orv::now() + options_.stateRefresh);
+  return true;
 }
 
 void ResponderDaemon::handlerIs(const RouterState &state) {
@@ -210,6 +237,10 @@ void ResponderDaemon::handleSignal(int signal) {
 }
 
 void ResponderDaemon::reload() {
+  if (reader_) {
+    refresh(true);
+    return;
+  }
   RouterState fresh;
   std::string error;
   if (!loadState(fresh, error)) {
@@ -218,7 +249,68 @@ void ResponderDaemon::reload() {
   }
   state_ = fresh;
   handlerIs(state_);
-  log("reloaded " + options_.stateFile);
+  log("reloaded " + options_.state.file);
+}
+
+void ResponderDaemon::refresh(bool asked) {
+  refreshTimer_->timeMinIs(Orv::now() + options_.stateRefresh);
+  const bool started = reader_->read(
+      [this, asked](StateReading reading) { refreshed(reading, asked); });
+  // A SIGHUP asks for what the sources and the file say after it: the
+  // reading under way may have read them before.
+  askedAgain_ = askedAgain_ || (asked && !started);
+}
+
+// A changed state is loaded whole into new tables, then replaces the old
+// responder at once: frames are handled between two callbacks of the loop,
+// so each meets one state or the other.
+void ResponderDaemon::refreshed(const StateReading &reading, bool asked) {
+  logNotes(reading.notes);
+  std::string error = reading.error;
+  RouterState fresh;
+  const bool changed = reading.document && *reading.document != document_;
+  if (changed) {
+    try {
+      fresh = loadStateDocument(*reading.document, "the state read");
+    } catch (const StateFileError &e) {
+      error = e.what();
+    }
+  }
+  if (!error.empty()) {
+    if (asked) {
+      log("reload refused, the old state stays: " + error);
+    } else if (error != refreshError_) {
+      log("state refresh failed, the old state stays: " + error);
+    }
+    refreshError_ = error;
+  } else {
+    if (!refreshError_.empty() && !asked) {
+      log("state refresh works again");
+    }
+    refreshError_.clear();
+    if (changed) {
+      state_ = fresh;
+      handlerIs(state_);
+      document_ = *reading.document;
+    }
+    if (asked) {
+      log("reloaded " + reader_->name());
+    } else if (changed) {
+      log("state changed: read again from " + reader_->name());
+    }
+  }
+  if (std::exchange(askedAgain_, false)) {
+    refresh(true);
+  }
+}
+
+void ResponderDaemon::logNotes(const std::vector<std::string> &notes) {
+  if (notes != notes_) {
+    for (const std::string &note : notes) {
+      log(note);
+    }
+    notes_ = notes;
+  }
 }
 
 void ResponderDaemon::handleIntf(const Wirx::IntfId &intf) {

@@ -19,12 +19,16 @@
 #include "tools/ResponderEvent.h"
 #include "tools/SignalFd.h"
 #include "tools/StateFile.h"
+#include "tools/StateOptions.h"
+#include "tools/StateSource.h"
 #include "tools/TokenBucket.h"
 
 namespace LspPingTool {
 
 struct ResponderOptions {
-  std::string stateFile;
+  StateOptions state;
+  // Seconds between two readings of the sources.
+  double stateRefresh = 10.0;
   // The interfaces to answer on; none: every interface that is up, but
   // the loopback.
   std::vector<std::string> interfaces;
@@ -41,8 +45,11 @@ struct ResponderOptions {
 };
 
 // `lspping responder`: hosts the library's echo responder on a Linux
-// router. Its forwarding state comes from a state file; its interfaces,
-// addresses and MTUs from the kernel (Interface::LinuxIntfSync). Frames
+// router. Its forwarding state comes from a state file, from sources
+// (FRR, the kernel's label routes) read again every `stateRefresh`
+// seconds and on SIGHUP without holding up the answers, or from both; a
+// changed state replaces the responder between two frames. Its interfaces,
+// addresses and MTUs come from the kernel (Interface::LinuxIntfSync). Frames
 // come in on a raw module per interface (Wirx::LinuxRawPam); each one the
 // Ethernet parser takes down to UDP to the echo port, and that is meant
 // for this router (a labelled frame whose TTL ran out here or whose top
@@ -82,8 +89,12 @@ private:
     Orv::U64 kernelDrops = 0;
   };
 
-  bool loadState(RouterState &into, std::string &error) const;
+  bool loadState(RouterState &into, std::string &error);
   void handlerIs(const RouterState &state);
+  // The sources' state, read again: on SIGHUP (`asked`) or on the period.
+  void refresh(bool asked);
+  void refreshed(const StateReading &reading, bool asked);
+  void logNotes(const std::vector<std::string> &notes);
   bool openUdp();
   void handleSignal(int signal);
   void reload();
@@ -128,6 +139,15 @@ private:
   Orv::Ptr<ReplyTap> tap6_;
   RouterState state_;
   Orv::Ptr<LspPing::LspPingReqHandler> handler_;
+  // With sources: their reader, the document the state was loaded from,
+  // what was last logged of a failed refresh and of the sources' notes, and
+  // whether a SIGHUP came during a reading.
+  std::unique_ptr<StateReader> reader_;
+  std::unique_ptr<Kiv::Timer> refreshTimer_;
+  nlohmann::json document_;
+  std::string refreshError_;
+  std::vector<std::string> notes_;
+  bool askedAgain_ = false;
 
   std::map<Wirx::IntfId, RawPam> rawPams_;
   std::vector<Pending> pending_;

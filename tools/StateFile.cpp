@@ -876,7 +876,21 @@ RouterState loadState(std::string_view text, const std::string &fileName) {
   return Loader(fileName).load(parseDocument(text, fileName));
 }
 
-RouterState loadStateFile(const std::string &path) {
+RouterState loadStateDocument(const nlohmann::json &document,
+                              const std::string &name) {
+  return Loader(name).load(document);
+}
+
+nlohmann::json readStateDocument(std::string_view text,
+                                 const std::string &fileName) {
+  json document = parseDocument(text, fileName);
+  Loader(fileName).load(document);
+  return document;
+}
+
+namespace {
+
+std::string fileText(const std::string &path) {
   std::error_code error;
   if (std::filesystem::is_directory(path, error)) {
     throw StateFileError(path + ": " + std::strerror(EISDIR));
@@ -885,11 +899,21 @@ RouterState loadStateFile(const std::string &path) {
   if (!in) {
     throw StateFileError(path + ": " + std::strerror(errno));
   }
-  const std::string text{std::istreambuf_iterator<char>(in), {}};
+  std::string text{std::istreambuf_iterator<char>(in), {}};
   if (in.bad()) {
     throw StateFileError(path + ": " + std::strerror(errno));
   }
-  return loadState(text, path);
+  return text;
+}
+
+} // namespace
+
+RouterState loadStateFile(const std::string &path) {
+  return loadState(fileText(path), path);
+}
+
+nlohmann::json readStateFile(const std::string &path) {
+  return readStateDocument(fileText(path), path);
 }
 
 } // namespace LspPingTool

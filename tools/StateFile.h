@@ -1,5 +1,7 @@
 #pragma once
 
+#include <nlohmann/json.hpp>
+
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -50,5 +52,17 @@ RouterState loadStateFile(const std::string &path);
 
 // The same from the file's text, `fileName` naming it in the message.
 RouterState loadState(std::string_view text, const std::string &fileName);
+
+// The same from a document already parsed, `name` naming it in the message.
+RouterState loadStateDocument(const nlohmann::json &document,
+                              const std::string &name);
+
+// The document of a state file's text, checked as loadState() checks it;
+// throws StateFileError naming `fileName`.
+nlohmann::json readStateDocument(std::string_view text,
+                                 const std::string &fileName);
+
+// The same from the file at `path`.
+nlohmann::json readStateFile(const std::string &path);
 
 } // namespace LspPingTool

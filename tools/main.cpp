@@ -14,6 +14,7 @@
 #include "tools/RespondCommand.h"
 #include "tools/ResponderCommand.h"
 #include "tools/StandardOutput.h"
+#include "tools/StateCommand.h"
 
 namespace {
 
@@ -55,6 +56,7 @@ int main(int argc, char **argv) {
   LspPingTool::addCraftCommand(app, status);
   LspPingTool::addRespondCommand(app, status);
   LspPingTool::addResponderCommand(app, status);
+  LspPingTool::addStateCommand(app, status);
   LspPingTool::addPingCommands(app, status);
   LspPingTool::addMonitorCommand(app, status);
   LspPingTool::addDemoCommand(app, status);

@@ -111,7 +111,8 @@ def router_commands(topology, router, is_egress):
     An egress's kernel has no route to an IPv4-mapped IPv6 address: it
     would answer an IPv6 request to ::ffff:127.0.0.1 with an ICMPv6 "no
     route". A blackhole route has it drop the request quietly; the
-    responder reads it from the interface."""
+    responder reads it from the interface. A router with FRR learns its
+    routes by OSPF."""
     yield "link set lo up"
     for address in router.loopbacks:
         yield f"address add {address}/{address.max_prefixlen} dev lo"
@@ -121,6 +122,8 @@ def router_commands(topology, router, is_egress):
         yield f"link set {interface.name} up"
         for address in interface.addresses:
             yield f"address add {address} dev {interface.name} nodad"
+    if router.frr:
+        return  # its routes come from OSPF
     for prefix, nexthop, interface in routes(topology, router):
         yield f"route add {prefix} via {nexthop} dev {interface}"
 

@@ -1,6 +1,7 @@
 """`lspping responder` in each router's namespace: started detached from
 the lab, its --json events in RUN/ROUTER.out and its log in RUN/ROUTER.err,
-stopped by its pid."""
+stopped by its pid. A router with FRR has its responder answer from FRR's
+state, read again every second, with its state file over it."""
 
 import subprocess
 
@@ -9,6 +10,8 @@ from labkit.runs import in_namespace, process_ours, stop_processes, wait_until
 
 READY_SECONDS = 10.0
 READY = "answering on"
+# How often a responder of a router with FRR reads FRR's state again.
+FRR_REFRESH_SECONDS = 1
 
 
 def start(run, routers, extra=()):
@@ -21,7 +24,11 @@ def start(run, routers, extra=()):
 
 def launch(run, router, extra):
     state = run.state_file(router)
-    command = [run.record["lspping"], "responder", "--state", str(state), "--json", *extra]
+    command = [run.record["lspping"], "responder", "--state", str(state), "--json"]
+    if router in run.record.get("frr", {}):
+        space = run.record["frr"][router]["pathspace"]
+        command += ["--state-from", f"frr:{space}", "--state-refresh", str(FRR_REFRESH_SECONDS)]
+    command += extra
     err = run.log(router, "err")
     with open(run.log(router, "out"), "ab") as stdout, open(err, "ab") as stderr:
         offset = err.stat().st_size

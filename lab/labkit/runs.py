@@ -136,6 +136,9 @@ class Run:
             "namespaces": [],
             "ovs": {},
             "responders": {},
+            "frr": {},
+            "ldp": {},
+            "breaks": {},
         }
         self.save()
 

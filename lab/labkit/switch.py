@@ -6,7 +6,7 @@ the topology."""
 import os
 from pathlib import Path
 
-from labkit import LabError
+from labkit import LabError, frr
 from labkit.runs import execute, in_namespace, process_alive, stop_processes
 
 OVS_SCHEMA = Path("/usr/share/openvswitch/vswitch.ovsschema")
@@ -110,8 +110,11 @@ def bridge_rules(run, topology, router):
     null is popped and handed to the router as IP; any other MPLS frame is
     dropped, as a router drops a label it does not know (its responder
     must not take it for an expired one); everything else (ARP, IP, IPv6
-    neighbour discovery) goes to the router's own port."""
+    neighbour discovery) goes to the router's own port. A router with FRR
+    switches the labels LDP chose, and those `lab break` changed."""
     table = topology.label_table(router.name)
+    if router.frr:
+        table.update(frr.label_hops(run, router))
     rules = ["table=0,priority=0,actions=drop"]
     for interface in router.interfaces.values():
         rules += port_rules(run, interface, table)
@@ -155,6 +158,8 @@ def switched_label_rules(run, router, label, lsp, hop):
     """Swap, or pop (to IP of the LSP's family at the bottom of the
     stack, else to the next label), with the TTL decremented."""
     match = f"table=0,priority=50,mpls,mpls_label={label}"
+    if hop.action == "drop":
+        return [f"{match},actions=drop"]
     out = to_neighbour(run, router.interfaces[hop.out])
     if hop.action != "pop":
         new = hop.out_label if hop.action == "swap" else EXPLICIT_NULL[lsp.version]

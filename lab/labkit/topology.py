@@ -12,6 +12,7 @@ from labkit import LabError
 NAME = re.compile(r"[a-z][a-z0-9]{0,14}\Z")
 DEVICE = re.compile(r"[a-zA-Z][a-zA-Z0-9_.-]{0,14}\Z")
 ACTIONS = ("swap", "pop", "explicit-null")
+FRR_PROTOCOLS = ("ldp", "isis-sr")
 
 
 @dataclass
@@ -33,8 +34,9 @@ class Router:
     name: str
     index: int
     loopbacks: list
-    state: Path
+    state: Path  # None: FRR's state alone
     interfaces: dict = field(default_factory=dict)
+    frr: tuple = ()  # the protocols FRR runs, none without FRR
 
 
 @dataclass
@@ -86,8 +88,10 @@ class Topology:
         return table
 
     def egresses(self):
-        """Routers where an LSP ends: named so, or behind a pop."""
+        """Routers where an LSP ends: named so, or behind a pop; every FRR
+        router ends LDP's LSP to its loopback."""
         ends = {lsp.egress for lsp in self.lsps.values() if lsp.egress}
+        ends |= {router.name for router in self.routers.values() if router.frr}
         for lsp in self.lsps.values():
             for hop in lsp.hops:
                 if hop.action != "swap":
@@ -137,17 +141,29 @@ class Reader:
         readers[words[0]](words[1:])
 
     def router(self, words):
-        """router NAME LOOPBACK... state FILE"""
-        if len(words) < 4 or words[-2] != "state":
-            self.fail("expected: router NAME LOOPBACK... state FILE")
+        """router NAME LOOPBACK... [frr ldp[+isis-sr]] [state FILE]"""
+        usage = "expected: router NAME LOOPBACK... [frr ldp[+isis-sr]] [state FILE]"
+        if len(words) < 2:
+            self.fail(usage)
         name = self.name(words[0], "router")
         if name in self.topology.routers:
             self.fail(f"router '{name}' defined twice")
-        loopbacks = [self.address(w) for w in words[1:-2]]
+        cut = next((n for n, w in enumerate(words) if w in ("frr", "state")), len(words))
+        loopbacks = [self.address(w) for w in words[1:cut]]
         self.one_per_family(loopbacks, "loopback")
-        state = (self.topology.path.parent / words[-1]).resolve()
+        options = dict(zip(words[cut::2], words[cut + 1 :: 2]))
+        if not loopbacks or len(words) - cut != 2 * len(options) or set(options) - {"frr", "state"}:
+            self.fail(usage)
+        frr = tuple(options["frr"].split("+")) if "frr" in options else ()
+        if frr and (frr[0] != "ldp" or not set(frr) <= set(FRR_PROTOCOLS)):
+            self.fail(f"'{options['frr']}' is not what FRR runs here (ldp or ldp+isis-sr)")
+        if frr and not any(a.version == 4 for a in loopbacks):
+            self.fail("a router with FRR needs an IPv4 loopback: its router id")
+        if "state" not in options and not frr:
+            self.fail("a router without FRR needs a state file")
+        state = (self.topology.path.parent / options["state"]).resolve() if "state" in options else None
         index = len(self.topology.routers) + 1
-        self.topology.routers[name] = Router(name, index, loopbacks, state)
+        self.topology.routers[name] = Router(name, index, loopbacks, state, frr=frr)
 
     def link(self, words):
         """link ROUTER:IF ADDRESS/LEN... -- ROUTER:IF ADDRESS/LEN... [mtu N]"""

@@ -4,11 +4,13 @@ replies.
 
 The lab needs root, network namespaces and Open vSwitch; without them a
 test module skips with the reason, unless LSPPING_REQUIRE_LAB=1 (set by
-continuous integration) makes that a failure."""
+continuous integration) makes that a failure. The FRR lab needs FRR too;
+LSPPING_REQUIRE_FRR=1 makes its absence a failure."""
 
 import json
 import os
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -20,6 +22,7 @@ LAB = SOURCE / "lab" / "lab"
 TOPOLOGIES = SOURCE / "lab" / "topologies"
 LSPPING = os.environ.get("LSPPING", str(SOURCE / "build" / "tools" / "lspping"))
 REQUIRED = os.environ.get("LSPPING_REQUIRE_LAB") == "1"
+FRR_REQUIRED = os.environ.get("LSPPING_REQUIRE_FRR") == "1"
 
 sys.path.insert(0, str(SOURCE / "lab"))
 from labkit import frames, runs  # noqa: E402
@@ -56,6 +59,18 @@ def require_lab(responder=True):
     raise unittest.SkipTest(reason)
 
 
+def require_frr():
+    """Skips the test (fails it under LSPPING_REQUIRE_FRR=1) when the lab
+    or FRR cannot run here."""
+    require_lab()
+    for program in ("vtysh", "/usr/lib/frr/zebra", "/usr/lib/frr/ospfd", "/usr/lib/frr/ldpd"):
+        if shutil.which(program) is None:
+            reason = f"{program} is not installed (frr)"
+            if FRR_REQUIRED:
+                raise AssertionError(f"LSPPING_REQUIRE_FRR=1 but {reason}")
+            raise unittest.SkipTest(reason)
+
+
 def run_lab(*arguments, check=True):
     done = subprocess.run([str(LAB), *arguments], capture_output=True, text=True)
     if check and done.returncode != 0:
@@ -69,6 +84,36 @@ def run_lspping(*arguments):
     if done.returncode not in (0, 1):
         raise AssertionError(f"lspping {' '.join(arguments)}: {done.stderr.strip()}")
     return done.stdout
+
+
+class Daemon:
+    """A process started in a router by the test, its output in files,
+    stopped by its pid."""
+
+    def __init__(self, lab, name, router, *command):
+        self.out = lab.work / f"{name}.out"
+        self.err = lab.work / f"{name}.err"
+        with open(self.out, "w") as out, open(self.err, "w") as err:
+            # lab/lab exec becomes the program (exec), so the pid is its.
+            self.process = subprocess.Popen(
+                [str(LAB), "exec", lab.name, router, "--", *command],
+                stdout=out, stderr=err)
+
+    def lines(self, which="err"):
+        return (self.err if which == "err" else self.out).read_text().splitlines()
+
+    def events(self):
+        return [json.loads(line) for line in self.lines("out")]
+
+    def stop(self):
+        if self.process.poll() is None:
+            self.process.send_signal(signal.SIGTERM)
+            try:
+                self.process.wait(timeout=20)
+            except subprocess.TimeoutExpired:
+                self.process.kill()
+                self.process.wait()
+        return self.process.returncode
 
 
 class Lab:
@@ -128,6 +173,18 @@ class Lab:
     def log(self, router):
         """The lines the responder wrote to its standard error, so far."""
         return (self.dir / f"{router}.err").read_text().splitlines()
+
+    def record(self):
+        return json.loads((self.dir / "run.json").read_text())
+
+    def exec(self, router, *command):
+        """A command's standard output in a router's namespace."""
+        return run_lab("exec", self.name, router, "--", *command).stdout
+
+    def vtysh(self, router, command):
+        """A `show ... json` command's document, from the router's FRR."""
+        space = self.record()["frr"][router]["pathspace"]
+        return json.loads(self.exec(router, "vtysh", "-N", space, "-c", command))
 
     def state(self, router):
         """The router's state file as the topology gives it."""

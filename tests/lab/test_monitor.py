@@ -71,36 +71,6 @@ def promtool_check_metrics(text):
     return done.returncode, done.stdout + done.stderr
 
 
-class Daemon:
-    """A process started in a router by the test, its output in files,
-    stopped by its pid."""
-
-    def __init__(self, name, router, *command):
-        self.out = LINE.work / f"{name}.out"
-        self.err = LINE.work / f"{name}.err"
-        with open(self.out, "w") as out, open(self.err, "w") as err:
-            # lab/lab exec becomes the program (exec), so the pid is its.
-            self.process = subprocess.Popen(
-                [str(labtest.LAB), "exec", LINE.name, router, "--", *command],
-                stdout=out, stderr=err)
-
-    def lines(self, which="err"):
-        return (self.err if which == "err" else self.out).read_text().splitlines()
-
-    def events(self):
-        return [json.loads(line) for line in self.lines("out")]
-
-    def stop(self):
-        if self.process.poll() is None:
-            self.process.send_signal(signal.SIGTERM)
-            try:
-                self.process.wait(timeout=20)
-            except subprocess.TimeoutExpired:
-                self.process.kill()
-                self.process.wait()
-        return self.process.returncode
-
-
 class PromtoolTest(unittest.TestCase):
     def test_the_examples_configuration_and_rules_are_valid(self):
         for check, name in (("config", "prometheus.yml"), ("config", "federation.yml"),
@@ -115,7 +85,7 @@ class MonitorTest(unittest.TestCase):
     def setUp(self):
         self.config = LINE.work / "monitor.json"
         self.write_config([HEALTHY, BROKEN])
-        self.monitor = Daemon("monitor", "pe1", labtest.LSPPING, "monitor", "--config",
+        self.monitor = labtest.Daemon(LINE, "monitor", "pe1", labtest.LSPPING, "monitor", "--config",
                               self.config, "--metrics", f"127.0.0.1:{MONITOR_PORT}",
                               "--json")
         self.addCleanup(self.monitor.stop)
@@ -136,7 +106,7 @@ class MonitorTest(unittest.TestCase):
             "scrape_configs:\n"
             "  - job_name: lspping\n"
             f"    static_configs: [{{targets: ['127.0.0.1:{MONITOR_PORT}']}}]\n")
-        prometheus = Daemon("prometheus", "pe1", "prometheus",
+        prometheus = labtest.Daemon(LINE, "prometheus", "pe1", "prometheus",
                             f"--config.file={directory / 'prometheus.yml'}",
                             f"--storage.tsdb.path={directory / 'data'}",
                             f"--web.listen-address=127.0.0.1:{PROMETHEUS_PORT}")

@@ -99,7 +99,7 @@ TEST_F(CommandLine, ExitStatusAndMessage) {
   const Case cases[] = {
       {"bogus", 2,
        "lspping: unknown subcommand 'bogus': expected decode, craft, respond, "
-       "responder, ping, trace, monitor or demo (see --help)\n"},
+       "responder, state, ping, trace, monitor or demo (see --help)\n"},
       {"", 2, "lspping: A subcommand is required (see --help)\n"},
       {"decode", 2, "lspping: FILE is required (see --help)\n"},
       {"--help", 0, ""},
@@ -169,7 +169,17 @@ TEST_F(CommandLine, ExitStatusAndMessage) {
       {"respond --state %D/dir " + requests + "--out %D/out.pcap", 2,
        "lspping: %D/dir: Is a directory\n"},
 
-      {"responder", 2, "lspping: --state is required (see --help)\n"},
+      {"responder", 2,
+       "lspping responder: give --state FILE, --state-from SOURCE or both "
+       "(see --help)\n"},
+      {"responder --state-from frr:a/b", 2,
+       "lspping: --state-from: 'frr:a/b' is no state source (expected frr, "
+       "frr:NAME or kernel) (see --help)\n"},
+      {"state", 2,
+       "lspping: state: give --from SOURCE, --state FILE or both (see "
+       "--help)\n"},
+      {"state --state %D/missing.json", 2,
+       "lspping: state: %D/missing.json: No such file or directory\n"},
       {"responder --state %D/missing.json", 2,
        "lspping responder: %D/missing.json: No such file or directory\n"},
       {"responder --state %E/egress.json --rate -1", 2,
@@ -221,10 +231,12 @@ TEST_F(CommandLine, HelpDocumentsEveryOption) {
                  "sr=",        "nil=",          "none",
                  "--ds-map",   "--ds-intf",     "--ds-mtu",
                  "--ds-label", "--ds-multipath"}},
-      {"respond", {"--state", "--in", "--out", "--json"}},
+      {"respond", {"--state", "--state-from", "--in", "--out", "--json"}},
+      {"state", {"--from", "--state", "--json", "Examples"}},
       {"responder",
-       {"--state", "-I,--interface", "--rate", "--burst", "--reply-source",
-        "--json", "-v,--verbose", "Examples"}},
+       {"--state", "--state-from", "--state-refresh", "-I,--interface",
+        "--rate", "--burst", "--reply-source", "--json", "-v,--verbose",
+        "Examples"}},
       {"ping",
        {"FEC",
         "--label",
@@ -245,10 +257,11 @@ TEST_F(CommandLine, HelpDocumentsEveryOption) {
         "--fec-file",
         "-q,--quiet",
         "--json",
+        "--state-from",
         "Examples"}},
       {"trace",
        {"FEC", "--label", "-m,--max-ttl", "-W ", "--multipath", "--dot",
-        "--fec-file", "-q,--quiet", "--json", "Examples"}},
+        "--fec-file", "-q,--quiet", "--json", "--state-from", "Examples"}},
   };
   for (const auto &[subcommand, options] : helps) {
     const auto run = runLspping(subcommand + " --help");

@@ -1,0 +1,101 @@
+// One refresh of a responder's state from FRR with many LDP prefixes, on
+// generated outputs of the size a router with that many FECs gives: parse
+// vtysh's JSON and map it (frrState), then load it into the responder's
+// tables (loadStateDocument). The commands' output is read by the event
+// loop as it comes; this is the part that holds the loop, once per change.
+#include <benchmark/benchmark.h>
+
+#include <sys/resource.h>
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+#include "tools/FrrState.h"
+#include "tools/StateFile.h"
+
+namespace {
+
+using nlohmann::json;
+
+// A transit router of a line: every prefix 10.x.y.z/32 bound by both
+// neighbours, the one behind the IGP's next hop (e2) in use.
+LspPingTool::FrrOutputs outputs(int prefixes) {
+  json bindings = json::array();
+  json routes = json::object();
+  for (int i = 0; i < prefixes; ++i) {
+    const std::string prefix = "10." + std::to_string(100 + i / 65536) + "." +
+                               std::to_string(i / 256 % 256) + "." +
+                               std::to_string(i % 256) + "/32";
+    const std::string local = std::to_string(16 + i);
+    for (const auto &[neighbour, label, inUse] :
+         {std::tuple{"10.0.0.1", std::to_string(100016 + i), 0},
+          std::tuple{"10.0.0.3", std::to_string(200016 + i), 1}}) {
+      bindings.push_back({{"addressFamily", "ipv4"},
+                          {"prefix", prefix},
+                          {"neighborId", neighbour},
+                          {"localLabel", local},
+                          {"remoteLabel", label},
+                          {"inUse", inUse}});
+    }
+    routes[prefix] = {
+        {{"prefix", prefix},
+         {"protocol", "ospf"},
+         {"selected", true},
+         {"nexthops",
+          {{{"ip", "10.1.23.3"}, {"interfaceName", "e2"}, {"active", true}}}}}};
+  }
+  LspPingTool::FrrOutputs o;
+  o.runningConfig = "mpls ldp\n";
+  o.ldpBindings = json{{"bindings", bindings}}.dump();
+  o.routes = routes.dump();
+  o.mplsTable = "{}";
+  o.interfaces = R"({"e1":{"mtu":1500},"e2":{"mtu":1500}})";
+  o.ldpDiscovery = R"({"interfaces":{
+    "e1":{"adjacencies":[{"lsrId":"10.0.0.1","sourceAddress":"10.1.12.1"}]},
+    "e2":{"adjacencies":[{"lsrId":"10.0.0.3","sourceAddress":"10.1.23.3"}]}}})";
+  return o;
+}
+
+long maxRssKiB() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+void BM_FrrRefresh(benchmark::State &state) {
+  const LspPingTool::FrrOutputs o = outputs(int(state.range(0)));
+  const long before = maxRssKiB();
+  for (auto _ : state) {
+    const json document = LspPingTool::frrState(o);
+    benchmark::DoNotOptimize(LspPingTool::loadStateDocument(document, "bench"));
+  }
+  state.counters["outputMiB"] =
+      double(o.ldpBindings.size() + o.routes.size()) / (1 << 20);
+  state.counters["peakRssGrowthMiB"] = double(maxRssKiB() - before) / 1024;
+}
+BENCHMARK(BM_FrrRefresh)
+    ->Arg(1000)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(5);
+
+// What a refresh that finds nothing changed costs on the loop: the
+// outputs compared with the last ones (whose mapping is reused), the
+// document copied into the reading and compared with the one in force.
+void BM_FrrRefreshUnchanged(benchmark::State &state) {
+  const LspPingTool::FrrOutputs o = outputs(int(state.range(0)));
+  const LspPingTool::FrrOutputs last = o;
+  const json inForce = LspPingTool::frrState(o);
+  for (auto _ : state) {
+    const bool same = o == last;
+    const json reading = inForce;
+    benchmark::DoNotOptimize(same && reading == inForce);
+  }
+}
+BENCHMARK(BM_FrrRefreshUnchanged)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(20);
+
+} // namespace
