@@ -1,8 +1,10 @@
 // One refresh of a responder's state from FRR with many LDP prefixes, on
 // generated outputs of the size a router with that many FECs gives: parse
-// vtysh's JSON and map it (frrState), then load it into the responder's
-// tables (loadStateDocument). The commands' output is read by the event
-// loop as it comes; this is the part that holds the loop, once per change.
+// vtysh's JSON and map it (frrState), combine it with the state file's
+// (combineStates, here none), then load it into the responder's tables
+// (loadStateDocument); and each of those steps alone. The commands' output is
+// read by the event loop as it comes; this is the part that holds the loop,
+// once per change.
 #include <benchmark/benchmark.h>
 
 #include <sys/resource.h>
@@ -12,6 +14,7 @@
 #include <string>
 
 #include "tools/FrrState.h"
+#include "tools/StateCombine.h"
 #include "tools/StateFile.h"
 
 namespace {
@@ -67,7 +70,8 @@ void BM_FrrRefresh(benchmark::State &state) {
   const LspPingTool::FrrOutputs o = outputs(int(state.range(0)));
   const long before = maxRssKiB();
   for (auto _ : state) {
-    const json document = LspPingTool::frrState(o);
+    const json document =
+        LspPingTool::combineStates(json::object(), LspPingTool::frrState(o));
     benchmark::DoNotOptimize(LspPingTool::loadStateDocument(document, "bench"));
   }
   state.counters["outputMiB"] =
@@ -79,6 +83,34 @@ BENCHMARK(BM_FrrRefresh)
     ->Arg(10000)
     ->Unit(benchmark::kMillisecond)
     ->Iterations(5);
+
+void BM_FrrMap(benchmark::State &state) {
+  const LspPingTool::FrrOutputs o = outputs(int(state.range(0)));
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(LspPingTool::frrState(o));
+  }
+}
+BENCHMARK(BM_FrrMap)->Arg(10000)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+void BM_FrrCombine(benchmark::State &state) {
+  const json mapped = LspPingTool::frrState(outputs(int(state.range(0))));
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(
+        LspPingTool::combineStates(json::object(), mapped));
+  }
+}
+BENCHMARK(BM_FrrCombine)
+    ->Arg(10000)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(5);
+
+void BM_FrrLoad(benchmark::State &state) {
+  const json mapped = LspPingTool::frrState(outputs(int(state.range(0))));
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(LspPingTool::loadStateDocument(mapped, "bench"));
+  }
+}
+BENCHMARK(BM_FrrLoad)->Arg(10000)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 // What a refresh that finds nothing changed costs on the loop: the
 // outputs compared with the last ones (whose mapping is reused), the

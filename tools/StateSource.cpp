@@ -115,8 +115,8 @@ void StateReader::step() {
       return;
     }
   }
-  for (const nlohmann::json &document : documents_) {
-    combined = combineStates(std::move(combined), document);
+  for (nlohmann::json &document : documents_) {
+    combined = combineStates(std::move(combined), std::move(document));
   }
   finish({std::move(combined), "", std::move(notes_)});
 }
