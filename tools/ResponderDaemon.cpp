@@ -71,6 +71,7 @@ ResponderDaemon::~ResponderDaemon() {
   server_.reset();
   reader_.reset();
   refreshTimer_.reset();
+  loadTimer_.reset();
   rawPams_.clear();
   handler_ = nullptr;
   tap4_ = nullptr;
@@ -184,6 +185,8 @@ bool ResponderDaemon::loadState(RouterState &into, std::string &error) {
   reader_ = std::make_unique<StateReader>(loop_, state.file, state.sources);
   refreshTimer_ =
       std::make_unique<Kiv::Timer>(loop_.wheel(), [this] { refresh(false); });
+  loadTimer_ =
+      std::make_unique<Kiv::Timer>(loop_.wheel(), [this] { refreshed(); });
   refreshTimer_->timeMinIs(Orv::now() + options_.stateRefresh);
   return true;
 }
@@ -254,8 +257,11 @@ void ResponderDaemon::reload() {
 
 void ResponderDaemon::refresh(bool asked) {
   refreshTimer_->timeMinIs(Orv::now() + options_.stateRefresh);
-  const bool started = reader_->read(
-      [this, asked](StateReading reading) { refreshed(reading, asked); });
+  const bool started = reader_->read([this, asked](StateReading reading) {
+    read_ = std::move(reading);
+    readAsked_ = asked;
+    loadTimer_->timeMinIs(Orv::now());
+  });
   // A SIGHUP asks for what the sources and the file say after it: the
   // reading under way may have read them before.
   askedAgain_ = askedAgain_ || (asked && !started);
@@ -263,8 +269,12 @@ void ResponderDaemon::refresh(bool asked) {
 
 // A changed state is loaded whole into new tables, then replaces the old
 // responder at once: frames are handled between two callbacks of the loop,
-// so each meets one state or the other.
-void ResponderDaemon::refreshed(const StateReading &reading, bool asked) {
+// so each meets one state or the other. The load runs in a turn of the
+// loop of its own, after the one that combined the reading, so that
+// frames waiting meanwhile are answered between the two.
+void ResponderDaemon::refreshed() {
+  StateReading reading = std::move(read_);
+  const bool asked = std::exchange(readAsked_, false);
   logNotes(reading.notes);
   std::string error = reading.error;
   RouterState fresh;
@@ -291,7 +301,7 @@ void ResponderDaemon::refreshed(const StateReading &reading, bool asked) {
     if (changed) {
       state_ = fresh;
       handlerIs(state_);
-      document_ = *reading.document;
+      document_ = std::move(*reading.document);
     }
     if (asked) {
       log("reloaded " + reader_->name());

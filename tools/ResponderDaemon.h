@@ -93,7 +93,8 @@ private:
   void handlerIs(const RouterState &state);
   // The sources' state, read again: on SIGHUP (`asked`) or on the period.
   void refresh(bool asked);
-  void refreshed(const StateReading &reading, bool asked);
+  // Loads what the last reading found (`read_`), asked by SIGHUP or not.
+  void refreshed();
   void logNotes(const std::vector<std::string> &notes);
   bool openUdp();
   void handleSignal(int signal);
@@ -144,6 +145,9 @@ private:
   // whether a SIGHUP came during a reading.
   std::unique_ptr<StateReader> reader_;
   std::unique_ptr<Kiv::Timer> refreshTimer_;
+  std::unique_ptr<Kiv::Timer> loadTimer_;
+  StateReading read_;
+  bool readAsked_ = false;
   nlohmann::json document_;
   std::string refreshError_;
   std::vector<std::string> notes_;
