@@ -142,7 +142,10 @@ json combineStates(json winner, json other) {
   };
   for (auto &&[key, value] : other.items()) {
     json &mine = winner[key];
-    if (key == "lfib") {
+    // Most often a table is the source's alone: taken whole.
+    if (mine.is_null()) {
+      mine = std::move(value);
+    } else if (key == "lfib") {
       combineLfib(mine, value);
     } else if (key == "bindings") {
       for (auto &&[table, entries] : value.items()) {
@@ -150,8 +153,6 @@ json combineStates(json winner, json other) {
       }
     } else if (lists.count(key)) {
       combineList(mine, value, lists.at(key));
-    } else if (mine.is_null()) {
-      mine = std::move(value);
     } else if (mine.is_object()) {
       for (const auto &[field, setting] : value.items()) {
         mine.emplace(field, setting);
