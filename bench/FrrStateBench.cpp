@@ -1,10 +1,11 @@
-// One refresh of a responder's state from FRR with many LDP prefixes, on
+// One refresh of a router's state from FRR with many LDP prefixes, on
 // generated outputs of the size a router with that many FECs gives: parse
 // vtysh's JSON and map it (frrState), combine it with the state file's
 // (combineStates, here none), then load it into the responder's tables
-// (loadStateDocument); and each of those steps alone. The commands' output is
-// read by the event loop as it comes; this is the part that holds the loop,
-// once per change.
+// (loadStateDocument), and each of those steps alone: what a daemon's
+// state child (`lspping state --json`) does. Then what the daemon's own
+// loop does with the child's document: compare it with the last one, and
+// parse it when it changed.
 #include <benchmark/benchmark.h>
 
 #include <sys/resource.h>
