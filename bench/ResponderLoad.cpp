@@ -6,6 +6,15 @@
 // at start and end.
 //
 //   ResponderLoad [--frames N] [--mix valid|mixed] [--lspping PATH]
+//   ResponderLoad --gaps SECONDS [--frr PREFIXES] [--refresh SECONDS]
+//
+// With --gaps, requests go at a steady 5,000 per second for that long and
+// the replies are read back: it reports the longest gap between two
+// replies and the round trips' p99 and maximum. With --frr, the responder
+// reads its state from FRR (--state-from frr:NAME), through a stand-in
+// vtysh first in its PATH that prints generated outputs of that many LDP
+// prefixes, a different label set at every reading: each refresh (every
+// --refresh seconds, 3600 by default) is a changed state to load.
 //
 // Needs root. The frames are requests written by `lspping craft`, and
 // deterministic mutations of them: malformed echo headers, wrong ports,
@@ -32,6 +41,12 @@
 #include <thread>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <atomic>
+#include <map>
+
 #include "MplsUtils/EthPktParser.h"
 #include "Netns.h"
 #include "Wirx/Nbo.h"
@@ -55,6 +70,9 @@ struct Template {
 struct Options {
   unsigned long frames = 1000000;
   bool mixed = false;
+  double gaps = 0;
+  int frr = 0;
+  double refresh = 3600;
   std::string lspping = LSPPING_PROGRAM;
 };
 
@@ -216,6 +234,167 @@ std::pair<long, double> usage(pid_t pid) {
   return {rss, double(utime + stime) / double(sysconf(_SC_CLK_TCK))};
 }
 
+// vtysh's outputs for a transit router with `prefixes` LDP prefixes, in
+// `dir`, one file per command; `shift` moves every local label.
+void writeFrrOutputs(const std::string &dir, int prefixes, int shift) {
+  using nlohmann::json;
+  json bindings = json::array();
+  json routes = json::object();
+  for (int i = 0; i < prefixes; ++i) {
+    const std::string prefix = "10." + std::to_string(100 + i / 65536) + "." +
+                               std::to_string(i / 256 % 256) + "." +
+                               std::to_string(i % 256) + "/32";
+    const std::string local = std::to_string(16 + shift + i);
+    for (const auto &[neighbour, label, inUse] :
+         {std::tuple{"10.0.0.1", std::to_string(100016 + i), 0},
+          std::tuple{"10.0.0.3", std::to_string(200016 + i), 1}}) {
+      bindings.push_back({{"addressFamily", "ipv4"},
+                          {"prefix", prefix},
+                          {"neighborId", neighbour},
+                          {"localLabel", local},
+                          {"remoteLabel", label},
+                          {"inUse", inUse}});
+    }
+    routes[prefix] = {
+        {{"prefix", prefix},
+         {"protocol", "ospf"},
+         {"selected", true},
+         {"nexthops",
+          {{{"ip", "10.0.0.3"}, {"interfaceName", "e2"}, {"active", true}}}}}};
+  }
+  std::filesystem::create_directories(dir);
+  const std::map<std::string, std::string> files = {
+      {"show_running-config", "mpls ldp\n"},
+      {"show_interface_json", R"({"e2":{"mtu":1500}})"},
+      {"show_ip_route_json", routes.dump()},
+      {"show_ipv6_route_json", "{}"},
+      {"show_mpls_table_json", "{}"},
+      {"show_mpls_ldp_binding_json", json{{"bindings", bindings}}.dump()},
+      {"show_mpls_ldp_discovery_detail_json",
+       R"({"interfaces":{"e2":{"adjacencies":[)"
+       R"({"lsrId":"10.0.0.3","sourceAddress":"10.0.0.3"}]}}})"},
+  };
+  for (const auto &[name, text] : files) {
+    std::ofstream(dir + "/" + name) << text;
+  }
+}
+
+// A vtysh that answers from `dir`/0 and `dir`/1 in turn, switching at each
+// reading (which starts with the running configuration).
+void writeVtysh(const std::string &dir) {
+  const std::string path = dir + "/bin/vtysh";
+  std::filesystem::create_directories(dir + "/bin");
+  std::ofstream(path) << "#!/bin/sh\n"
+                         "while [ $# -gt 0 ]; do\n"
+                         "  [ \"$1\" = -c ] && command=\"$2\"; shift\n"
+                         "done\n"
+                         "turn=$(cat "
+                      << dir
+                      << "/turn)\n"
+                         "if [ \"$command\" = \"show running-config\" ]; then\n"
+                         "  turn=$((1 - turn)); echo $turn > "
+                      << dir
+                      << "/turn\n"
+                         "fi\n"
+                         "exec cat \""
+                      << dir << "/$turn/$(echo \"$command\" | tr ' ' _)\"\n";
+  std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+  std::ofstream(dir + "/turn") << "0\n";
+}
+
+double percentile(std::vector<double> values, double p) {
+  if (values.empty()) {
+    return 0;
+  }
+  std::sort(values.begin(), values.end());
+  return values[std::min(values.size() - 1,
+                         std::size_t(p * double(values.size())))];
+}
+
+// Sends `frame` at a steady rate for `seconds`, its echo sequence number
+// counting up, and reads the replies from `sink` meanwhile. Times are the
+// kernel's (SO_TIMESTAMPNS, the real-time clock), so that how soon the
+// reading thread runs does not count.
+void measureGaps(int fd, int sink, Bytes frame, double seconds) {
+  using RealClock = std::chrono::system_clock;
+  const auto [echo, udp] = offsets(frame);
+  // No UDP checksum: the sequence number changes in every frame.
+  frame[udp + 6] = frame[udp + 7] = 0;
+  constexpr double rate = 5000;
+  const auto count = std::size_t(seconds * rate);
+  std::vector<RealClock::time_point> sent(count);
+  std::vector<std::pair<RealClock::time_point, std::uint32_t>> replies;
+  replies.reserve(count);
+  std::atomic<bool> sending = true;
+  int one = 1;
+  setsockopt(sink, SOL_SOCKET, SO_TIMESTAMPNS, &one, sizeof one);
+  timeval limit{0, 100000};
+  setsockopt(sink, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+  std::thread reader([&] {
+    Orv::U8 buffer[2048];
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(timespec))];
+    for (;;) {
+      iovec iov{buffer, sizeof buffer};
+      msghdr msg{};
+      msg.msg_iov = &iov;
+      msg.msg_iovlen = 1;
+      msg.msg_control = control;
+      msg.msg_controllen = sizeof control;
+      const ssize_t n = recvmsg(sink, &msg, 0);
+      const cmsghdr *c = n >= 16 ? CMSG_FIRSTHDR(&msg) : nullptr;
+      if (c && c->cmsg_type == SCM_TIMESTAMPNS) {
+        timespec at;
+        std::memcpy(&at, CMSG_DATA(c), sizeof at);
+        std::uint32_t seq;
+        std::memcpy(&seq, buffer + 12, 4);
+        replies.emplace_back(
+            RealClock::time_point(
+                std::chrono::duration_cast<RealClock::duration>(
+                    std::chrono::seconds(at.tv_sec) +
+                    std::chrono::nanoseconds(at.tv_nsec))),
+            Wirx::netOrder32(seq));
+      } else if (n < 0 && !sending) {
+        break;
+      }
+    }
+  });
+  const auto start = Clock::now();
+  for (std::size_t i = 0; i < count; ++i) {
+    std::this_thread::sleep_until(
+        start + std::chrono::duration_cast<Clock::duration>(
+                    std::chrono::duration<double>(double(i) / rate)));
+    const std::uint32_t seq = Wirx::netOrder32(std::uint32_t(i));
+    std::memcpy(&frame[echo + 12], &seq, 4);
+    sent[i] = RealClock::now();
+    send(fd, frame.data(), frame.size(), 0);
+  }
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  sending = false;
+  reader.join();
+  double gap = 0;
+  std::vector<double> trips;
+  for (std::size_t i = 0; i < replies.size(); ++i) {
+    if (i > 0) {
+      gap = std::max(gap, std::chrono::duration<double>(replies[i].first -
+                                                        replies[i - 1].first)
+                              .count());
+    }
+    if (replies[i].second < count) {
+      trips.push_back(std::chrono::duration<double>(replies[i].first -
+                                                    sent[replies[i].second])
+                          .count());
+    }
+  }
+  std::printf("requests:             %zu at %.0f per second, %zu replies\n",
+              count, rate, replies.size());
+  std::printf("longest reply gap:    %.2f ms\n", gap * 1e3);
+  std::printf("round trip:           p50 %.3f ms, p99 %.3f ms, max %.2f ms\n",
+              percentile(trips, 0.5) * 1e3, percentile(trips, 0.99) * 1e3,
+              trips.empty()
+                  ? 0.0
+                  : *std::max_element(trips.begin(), trips.end()) * 1e3);
+}
+
 int run(const Options &o) {
   const std::string why = LspPingTest::netnsUnavailable();
   if (!why.empty()) {
@@ -247,9 +426,23 @@ int run(const Options &o) {
   const std::vector<Template> frames = templates(o, dir);
 
   // The responder on one CPU, the sender on the other.
-  LspPingTest::NetnsProcess responder(
-      router, {"taskset", "-c", "1", o.lspping, "responder", "--state",
-               dir + "/router.json", "--rate", "0"});
+  std::vector<std::string> command = {"taskset", "-c", "1"};
+  if (o.frr > 0) {
+    writeFrrOutputs(dir + "/0", o.frr, 0);
+    writeFrrOutputs(dir + "/1", o.frr, 500000);
+    writeVtysh(dir);
+    command.insert(command.end(),
+                   {"env", "PATH=" + dir + "/bin:" + std::getenv("PATH")});
+  }
+  command.insert(command.end(), {o.lspping, "responder", "--rate", "0"});
+  if (o.frr > 0) {
+    command.insert(command.end(),
+                   {"--state-from", "frr:load", "--state-refresh",
+                    std::to_string(o.refresh)});
+  } else {
+    command.insert(command.end(), {"--state", dir + "/router.json"});
+  }
+  LspPingTest::NetnsProcess responder(router, command);
   if (!responder.lineWith(1, "answering on")) {
     std::cerr << "ResponderLoad: the responder did not start\n";
     return 2;
@@ -277,6 +470,17 @@ int run(const Options &o) {
       std::cerr << "ResponderLoad: cannot bind the sender\n";
       return 2;
     }
+  }
+  if (o.gaps > 0) {
+    measureGaps(fd, sink, frames[0].frame, o.gaps);
+    responder.signal(SIGTERM);
+    const auto final = responder.lineWith(1, "counters:");
+    std::printf("final %s\nexit status %d\n",
+                final ? final->c_str() : "counters missing",
+                responder.exitStatus());
+    close(fd);
+    close(sink);
+    return 0;
   }
   unsigned long expected = 0;
   for (unsigned long i = 0; i < o.frames; ++i) {
@@ -349,9 +553,16 @@ int main(int argc, char **argv) {
       o.mixed = std::string(argv[i + 1]) == "mixed";
     } else if (flag == "--lspping") {
       o.lspping = argv[i + 1];
+    } else if (flag == "--gaps") {
+      o.gaps = std::stod(argv[i + 1]);
+    } else if (flag == "--frr") {
+      o.frr = std::stoi(argv[i + 1]);
+    } else if (flag == "--refresh") {
+      o.refresh = std::stod(argv[i + 1]);
     } else {
       std::cerr << "usage: ResponderLoad [--frames N] [--mix valid|mixed] "
-                   "[--lspping PATH]\n";
+                   "[--lspping PATH] [--gaps SECONDS [--frr PREFIXES] "
+                   "[--refresh SECONDS]]\n";
       return 2;
     }
   }

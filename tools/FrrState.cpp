@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Wirx/IpGenPrefix.h"
+#include "tools/JsonPlace.h"
 #include "tools/LfibDocument.h"
 #include "tools/StateSourceError.h"
 
@@ -60,14 +61,16 @@ public:
     } catch (const json::exception &e) {
       const std::string what = e.what();
       const std::size_t bracket = what.find("] ");
-      fail(Pointer(),
+      fail(document_,
            bracket == std::string::npos ? what : what.substr(bracket + 2));
     }
   }
 
-  [[noreturn]] void fail(const Pointer &at, const std::string &what) const {
+  [[noreturn]] void fail(const json &at, const std::string &what) const {
+    const Pointer place = jsonPlace(document_, at);
     throw StateSourceError(std::string(command_) + ": " +
-                           (at.empty() ? "" : at.to_string() + ": ") + what);
+                           (place.empty() ? "" : place.to_string() + ": ") +
+                           what);
   }
 
   const json &document() const { return document_; }
@@ -80,13 +83,12 @@ private:
 // A value of an output and where it is.
 class Value {
 public:
-  Value(const Output &output, const json &value, Pointer at)
-      : output_(&output), value_(&value), at_(std::move(at)) {}
-  explicit Value(const Output &output)
-      : Value(output, output.document(), Pointer()) {}
+  Value(const Output &output, const json &value)
+      : output_(&output), value_(&value) {}
+  explicit Value(const Output &output) : Value(output, output.document()) {}
 
   [[noreturn]] void fail(const std::string &what) const {
-    output_->fail(at_, what);
+    output_->fail(*value_, what);
   }
 
   const nlohmann::json &raw() const { return *value_; }
@@ -106,7 +108,7 @@ public:
     expect(value_->is_array(), "an array");
     std::vector<Value> all;
     for (std::size_t i = 0; i < value_->size(); ++i) {
-      all.emplace_back(*output_, (*value_)[i], at_ / i);
+      all.emplace_back(*output_, (*value_)[i]);
     }
     return all;
   }
@@ -159,12 +161,11 @@ private:
   }
 
   Value child(const std::string &key) const {
-    return Value(*output_, value_->at(key), at_ / key);
+    return Value(*output_, value_->at(key));
   }
 
   const Output *output_;
   const nlohmann::json *value_;
-  Pointer at_;
 };
 
 // A label as LDP shows it: a number, imp-null, exp-null, or - for none.
@@ -444,7 +445,7 @@ void fibEntries(const std::map<std::string, std::vector<NextHop>> &routes,
         vias.push_back(std::move(via));
       }
     }
-    fib.push_back({{"fec", prefix}, {"vias", vias}});
+    fib.push_back({{"fec", prefix}, {"vias", std::move(vias)}});
   }
 }
 
@@ -620,13 +621,13 @@ json frrState(const FrrOutputs &outputs) {
     state["bindings"]["isisV4"] = bindingTable(isisV4);
     state["bindings"]["isisV6"] = bindingTable(isisV6);
   }
-  state["lfib"] = lfib.document();
+  state["lfib"] = std::move(lfib).document();
   if (zebraHasTable) {
-    state["hardware"] = hardware;
+    state["hardware"] = std::move(hardware);
   }
   json fib = json::array();
   fibEntries(routes, fib);
-  state["fib"] = fib;
+  state["fib"] = std::move(fib);
   return state;
 }
 

@@ -97,9 +97,10 @@ public:
     return MNL_CB_OK;
   }
 
-  KernelMplsState state() const {
-    json document = {{"lfib", lfib_.document()}, {"hardware", hardware_}};
-    return {document, sawMpls_};
+  KernelMplsState state() && {
+    json document = {{"lfib", std::move(lfib_).document()},
+                     {"hardware", std::move(hardware_)}};
+    return {std::move(document), sawMpls_};
   }
 
 private:
@@ -179,7 +180,7 @@ kernelMplsState(const std::vector<std::string> &datagrams,
     mnl_cb_run(datagram.data(), datagram.size(), 0, 0, Reader::message,
                &reader);
   }
-  return reader.state();
+  return std::move(reader).state();
 }
 
 KernelMplsState readKernelMplsRoutes() {

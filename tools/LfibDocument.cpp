@@ -45,8 +45,12 @@ void LfibDocument::add(unsigned label, const json &source,
   routes_.push_back({{"label", label}, {"viaSet", set}, {"source", source}});
 }
 
-json LfibDocument::document() const {
-  return {{"routes", routes_}, {"viaSets", viaSets_}, {"vias", vias_}};
+json LfibDocument::document() && {
+  json lfib = json::object();
+  lfib["routes"] = json(std::move(routes_));
+  lfib["viaSets"] = json(std::move(viaSets_));
+  lfib["vias"] = json(std::move(vias_));
+  return lfib;
 }
 
 } // namespace LspPingTool

@@ -25,7 +25,8 @@ public:
            std::vector<nlohmann::json> vias);
 
   bool empty() const { return routes_.empty(); }
-  nlohmann::json document() const;
+  // The `lfib` object, its tables moved into it.
+  nlohmann::json document() &&;
 
 private:
   std::set<unsigned> labels_;

@@ -29,7 +29,7 @@ MonitorDaemon::MonitorDaemon(MonitorOptions options, std::ostream &out,
 // The monitors go before the host whose client side they configure, the
 // server and signals before the loop.
 MonitorDaemon::~MonitorDaemon() {
-  reader_.reset();
+  follower_.reset();
   refreshTimer_.reset();
   signals_.reset();
   server_.reset();
@@ -57,7 +57,7 @@ bool MonitorDaemon::start() {
   }
   const StateOptions &state = options_.state;
   if (!state.empty()) {
-    reader_ = std::make_unique<StateReader>(loop_, state.file, state.sources);
+    follower_ = std::make_unique<StateFollower>(loop_, state);
     const StateReading reading = readState(state.file, state.sources);
     for (const std::string &note : reading.notes) {
       log(note);
@@ -67,7 +67,7 @@ bool MonitorDaemon::start() {
       log(reading.error);
       return false;
     }
-    documentHash_ = std::hash<std::string>()(reading.document->dump());
+    follower_->lastIs(*reading.document);
     if (!takePaths(all, StatePaths(*reading.document), error)) {
       log(error);
       return false;
@@ -155,7 +155,7 @@ bool MonitorDaemon::takePaths(std::vector<MonitoredLsp *> &lsps,
     const auto path = paths.path(asRead.fec, error);
     if (!path || !takeStatePath(lsp->lsp, *path, error)) {
       error = options_.configFile + ": lsp " + lsp->name + ": " +
-              reader_->name() + ": " + error;
+              follower_->name() + ": " + error;
       return false;
     }
     lsp->fromState = std::make_shared<const MonitoredLsp::FromState>(
@@ -167,7 +167,7 @@ bool MonitorDaemon::takePaths(std::vector<MonitoredLsp *> &lsps,
 void MonitorDaemon::handleSignal(int signal) {
   switch (signal) {
   case SIGHUP:
-    if (reader_) {
+    if (follower_) {
       refresh(true);
     } else {
       reload(nullptr);
@@ -190,8 +190,10 @@ void MonitorDaemon::refresh(bool asked) {
   if (!asked && !anyFromState()) {
     return;
   }
-  const bool started = reader_->read(
-      [this, asked](StateReading reading) { stateRead(reading, asked); });
+  const bool started =
+      follower_->read(asked, [this, asked](StateReading reading) {
+        stateRead(reading, asked);
+      });
   // A SIGHUP asks for what the sources and the file say after it: the
   // reading under way may have read them before.
   askedAgain_ = askedAgain_ || (asked && !started);
@@ -216,14 +218,14 @@ void MonitorDaemon::stateRead(const StateReading &reading, bool asked) {
       log("state refresh works again");
     }
     refreshError_.clear();
-    const std::size_t hash = std::hash<std::string>()(reading.document->dump());
-    const StatePaths paths(*reading.document);
-    if (asked) {
-      reload(&paths);
-    } else if (hash != documentHash_) {
-      followPaths(paths);
+    if (reading.document) {
+      const StatePaths paths(*reading.document);
+      if (asked) {
+        reload(&paths);
+      } else {
+        followPaths(paths);
+      }
     }
-    documentHash_ = hash;
   }
   if (std::exchange(askedAgain_, false)) {
     refresh(true);
@@ -292,7 +294,7 @@ void MonitorDaemon::followPaths(const StatePaths &paths) {
     std::string error;
     const auto path = paths.path(from->asRead.fec, error);
     if (!path) {
-      log("lsp " + name + ": " + reader_->name() + ": " + error +
+      log("lsp " + name + ": " + follower_->name() + ": " + error +
           "; it stays on " + from->path.text());
       continue;
     }
@@ -302,7 +304,7 @@ void MonitorDaemon::followPaths(const StatePaths &paths) {
     MonitoredLsp lsp = monitor->lsp();
     lsp.lsp = from->asRead;
     if (!takeStatePath(lsp.lsp, *path, error)) {
-      log("lsp " + name + ": " + reader_->name() + ": " + error +
+      log("lsp " + name + ": " + follower_->name() + ": " + error +
           "; it stays on " + from->path.text());
       continue;
     }
@@ -315,12 +317,12 @@ void MonitorDaemon::followPaths(const StatePaths &paths) {
     toPrepare.push_back(&lsp);
   }
   if (std::string error; !prepare(toPrepare, error)) {
-    log("new paths from " + reader_->name() +
+    log("new paths from " + follower_->name() +
         " not taken, the LSPs stay on theirs: " + error);
     return;
   }
   for (const MonitoredLsp &lsp : moved) {
-    log("lsp " + lsp.name + ": its path changed in " + reader_->name() +
+    log("lsp " + lsp.name + ": its path changed in " + follower_->name() +
         " (was " + monitors_.at(lsp.name)->lsp().fromState->path.text() +
         "): started anew");
     monitors_.erase(lsp.name);
@@ -342,7 +344,7 @@ void MonitorDaemon::startAll(std::vector<MonitoredLsp> lsps) {
     std::string name = lsps[i].name;
     if (const auto &from = lsps[i].fromState) {
       log("lsp " + name + ": " + from->path.text() + ", from " +
-          reader_->name() + " (" + from->path.entry + ")");
+          follower_->name() + " (" + from->path.entry + ")");
     }
     monitors_[name] = std::make_unique<LspMonitor>(
         host_, nextClientId_++, std::move(lsps[i]), start,

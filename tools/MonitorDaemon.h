@@ -14,6 +14,7 @@
 #include "tools/MetricsServer.h"
 #include "tools/MonitorConfig.h"
 #include "tools/SignalFd.h"
+#include "tools/StateFollower.h"
 #include "tools/StateOptions.h"
 
 namespace LspPingTool {
@@ -98,12 +99,10 @@ private:
   std::unique_ptr<MetricsServer> server_;
   std::unique_ptr<SignalFd> signals_;
   // Set when the monitor reads a state.
-  std::unique_ptr<StateReader> reader_;
+  std::unique_ptr<StateFollower> follower_;
   std::unique_ptr<Kiv::Timer> refreshTimer_;
   bool askedAgain_ = false;
-  // What the last reading said, so that a refresh that reads the same
-  // neither walks the LSPs nor repeats its complaint.
-  std::size_t documentHash_ = 0;
+  // The last reading's complaint, said once.
   std::string refreshError_;
   std::vector<std::string> notes_;
 };

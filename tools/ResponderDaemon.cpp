@@ -69,8 +69,9 @@ ResponderDaemon::ResponderDaemon(ResponderOptions options, std::ostream &out,
 // The modules go before the loop they are registered with.
 ResponderDaemon::~ResponderDaemon() {
   server_.reset();
-  reader_.reset();
+  follower_.reset();
   refreshTimer_.reset();
+  loadTimer_.reset();
   rawPams_.clear();
   handler_ = nullptr;
   tap4_ = nullptr;
@@ -180,10 +181,12 @@ bool ResponderDaemon::loadState(RouterState &into, std::string &error) {
     error = e.what();
     return false;
   }
-  document_ = *reading.document;
-  reader_ = std::make_unique<StateReader>(loop_, state.file, state.sources);
+  follower_ = std::make_unique<StateFollower>(loop_, state);
+  follower_->lastIs(*reading.document);
   refreshTimer_ =
       std::make_unique<Kiv::Timer>(loop_.wheel(), [this] { refresh(false); });
+  loadTimer_ =
+      std::make_unique<Kiv::Timer>(loop_.wheel(), [this] { refreshed(); });
   refreshTimer_->timeMinIs(Orv::now() + options_.stateRefresh);
   return true;
 }
@@ -237,7 +240,7 @@ void ResponderDaemon::handleSignal(int signal) {
 }
 
 void ResponderDaemon::reload() {
-  if (reader_) {
+  if (follower_) {
     refresh(true);
     return;
   }
@@ -254,8 +257,12 @@ void ResponderDaemon::reload() {
 
 void ResponderDaemon::refresh(bool asked) {
   refreshTimer_->timeMinIs(Orv::now() + options_.stateRefresh);
-  const bool started = reader_->read(
-      [this, asked](StateReading reading) { refreshed(reading, asked); });
+  const bool started =
+      follower_->read(asked, [this, asked](StateReading reading) {
+        read_ = std::move(reading);
+        readAsked_ = asked;
+        loadTimer_->timeMinIs(Orv::now());
+      });
   // A SIGHUP asks for what the sources and the file say after it: the
   // reading under way may have read them before.
   askedAgain_ = askedAgain_ || (asked && !started);
@@ -263,12 +270,16 @@ void ResponderDaemon::refresh(bool asked) {
 
 // A changed state is loaded whole into new tables, then replaces the old
 // responder at once: frames are handled between two callbacks of the loop,
-// so each meets one state or the other.
-void ResponderDaemon::refreshed(const StateReading &reading, bool asked) {
+// so each meets one state or the other. The load runs in a turn of the
+// loop of its own, after the one that combined the reading, so that
+// frames waiting meanwhile are answered between the two.
+void ResponderDaemon::refreshed() {
+  StateReading reading = std::move(read_);
+  const bool asked = std::exchange(readAsked_, false);
   logNotes(reading.notes);
   std::string error = reading.error;
   RouterState fresh;
-  const bool changed = reading.document && *reading.document != document_;
+  const bool changed = reading.document && !reading.unchanged;
   if (changed) {
     try {
       fresh = loadStateDocument(*reading.document, "the state read");
@@ -291,12 +302,11 @@ void ResponderDaemon::refreshed(const StateReading &reading, bool asked) {
     if (changed) {
       state_ = fresh;
       handlerIs(state_);
-      document_ = *reading.document;
     }
     if (asked) {
-      log("reloaded " + reader_->name());
+      log("reloaded " + follower_->name());
     } else if (changed) {
-      log("state changed: read again from " + reader_->name());
+      log("state changed: read again from " + follower_->name());
     }
   }
   if (std::exchange(askedAgain_, false)) {

@@ -19,6 +19,7 @@
 #include "tools/ResponderEvent.h"
 #include "tools/SignalFd.h"
 #include "tools/StateFile.h"
+#include "tools/StateFollower.h"
 #include "tools/StateOptions.h"
 #include "tools/StateSource.h"
 #include "tools/TokenBucket.h"
@@ -93,7 +94,8 @@ private:
   void handlerIs(const RouterState &state);
   // The sources' state, read again: on SIGHUP (`asked`) or on the period.
   void refresh(bool asked);
-  void refreshed(const StateReading &reading, bool asked);
+  // Loads what the last reading found (`read_`), asked by SIGHUP or not.
+  void refreshed();
   void logNotes(const std::vector<std::string> &notes);
   bool openUdp();
   void handleSignal(int signal);
@@ -142,9 +144,11 @@ private:
   // With sources: their reader, the document the state was loaded from,
   // what was last logged of a failed refresh and of the sources' notes, and
   // whether a SIGHUP came during a reading.
-  std::unique_ptr<StateReader> reader_;
+  std::unique_ptr<StateFollower> follower_;
   std::unique_ptr<Kiv::Timer> refreshTimer_;
-  nlohmann::json document_;
+  std::unique_ptr<Kiv::Timer> loadTimer_;
+  StateReading read_;
+  bool readAsked_ = false;
   std::string refreshError_;
   std::vector<std::string> notes_;
   bool askedAgain_ = false;

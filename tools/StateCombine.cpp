@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "Wirx/IpGenPrefix.h"
 
@@ -35,7 +36,7 @@ json rsvpIdentity(const json &entry) {
 }
 
 // Adds to the list `into` the entries of `from` whose identity it lacks.
-void combineList(json &into, const json &from, const Identity &identity) {
+void combineList(json &into, json &from, const Identity &identity) {
   if (!into.is_array()) {
     into = json::array();
   }
@@ -43,23 +44,30 @@ void combineList(json &into, const json &from, const Identity &identity) {
   for (const json &entry : into) {
     known.insert(identity(entry));
   }
-  for (const json &entry : from) {
+  for (json &entry : from) {
     if (known.insert(identity(entry)).second) {
-      into.push_back(entry);
+      into.push_back(std::move(entry));
     }
   }
 }
 
-// The entry of a keyed table under `key`.
-const json *keyed(const json &lfib, const char *table, const json &key) {
-  if (!lfib.contains(table)) {
-    return nullptr;
+// The entries of a keyed table by key, looked up once per route rather
+// than searched for.
+using Keyed = std::map<json, const json *>;
+
+Keyed keyed(const json &lfib, const char *table) {
+  Keyed entries;
+  if (lfib.contains(table)) {
+    for (const json &entry : lfib.at(table)) {
+      entries.emplace(entry.at("key"), &entry);
+    }
   }
-  const json &entries = lfib.at(table);
-  const auto found =
-      std::find_if(entries.begin(), entries.end(),
-                   [&](const json &entry) { return entry.at("key") == key; });
-  return found == entries.end() ? nullptr : &*found;
+  return entries;
+}
+
+const json *find(const Keyed &entries, const json &key) {
+  const auto found = entries.find(key);
+  return found == entries.end() ? nullptr : found->second;
 }
 
 std::uint64_t nextKey(const json &lfib, const char *table) {
@@ -90,19 +98,25 @@ void combineLfib(json &into, const json &from) {
   std::uint64_t setKey = nextKey(into, "viaSets");
   std::uint64_t viaKey = nextKey(into, "vias");
   std::uint64_t extFecViaKey = nextKey(into, "extFecVias");
-  for (const json &route : from.value("routes", json::array())) {
-    const json *set = keyed(from, "viaSets", route.at("viaSet"));
+  const Keyed sets = keyed(from, "viaSets");
+  const Keyed vias = keyed(from, "vias");
+  const Keyed extFecVias = keyed(from, "extFecVias");
+  const json noRoutes = json::array();
+  const auto routes = from.find("routes");
+  for (const json &route : routes == from.end() ? noRoutes : *routes) {
+    const json *set = find(sets, route.at("viaSet"));
     if (!labels.insert(route.at("label")).second || set == nullptr) {
       continue;
     }
     const bool extFec = set->at("type") == "extFec";
     const char *viaTable = extFec ? "extFecVias" : "vias";
+    const Keyed &viasOfTable = extFec ? extFecVias : vias;
     std::uint64_t &key = extFec ? extFecViaKey : viaKey;
     json newSet = *set;
     newSet["key"] = setKey++;
     newSet["vias"] = json::array();
     for (const json &old : set->at("vias")) {
-      if (const json *via = keyed(from, viaTable, old)) {
+      if (const json *via = find(viasOfTable, old)) {
         json copy = *via;
         copy["key"] = key++;
         newSet["vias"].push_back(copy["key"]);
@@ -118,7 +132,7 @@ void combineLfib(json &into, const json &from) {
 
 } // namespace
 
-json combineStates(json winner, const json &other) {
+json combineStates(json winner, json other) {
   const std::map<std::string, Identity> lists = {
       {"interfaces", keyIdentity("name")},
       {"tiLfaTunnels", keyIdentity("id")},
@@ -126,18 +140,19 @@ json combineStates(json winner, const json &other) {
       {"rsvp", rsvpIdentity},
       {"fib", fecIdentity},
   };
-  for (const auto &[key, value] : other.items()) {
+  for (auto &&[key, value] : other.items()) {
     json &mine = winner[key];
-    if (key == "lfib") {
+    // Most often a table is the source's alone: taken whole.
+    if (mine.is_null()) {
+      mine = std::move(value);
+    } else if (key == "lfib") {
       combineLfib(mine, value);
     } else if (key == "bindings") {
-      for (const auto &[table, entries] : value.items()) {
+      for (auto &&[table, entries] : value.items()) {
         combineList(mine[table], entries, fecIdentity);
       }
     } else if (lists.count(key)) {
       combineList(mine, value, lists.at(key));
-    } else if (mine.is_null()) {
-      mine = value;
     } else if (mine.is_object()) {
       for (const auto &[field, setting] : value.items()) {
         mine.emplace(field, setting);

@@ -146,9 +146,7 @@ int showState(const Options &o) {
     return exitError;
   }
   if (o.json) {
-    std::cout << reading.document->dump(-1, ' ', false,
-                                        json::error_handler_t::replace)
-              << "\n";
+    std::cout << stateDocumentText(*reading.document) << "\n";
   } else {
     printText(std::cout, *reading.document);
   }

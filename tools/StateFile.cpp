@@ -23,6 +23,7 @@
 #include "Mpls/LfibLabelAction.h"
 #include "Mpls/LfibViaIndexRange.h"
 #include "Wirx/IpGenPrefix.h"
+#include "tools/JsonPlace.h"
 
 namespace LspPingTool {
 
@@ -110,15 +111,25 @@ std::string pointerText(const Pointer &at) {
 // value's place in the file and what is wrong with it.
 class Node {
 public:
-  Node(const std::string &file, const json &value, Pointer at)
-      : file_(file), value_(value), at_(std::move(at)) {}
+  // `value`, read from `root`; its mistakes are told at `place`, its own
+  // address unless given.
+  Node(const std::string &file, const json &root, const json &value,
+       const json *place = nullptr)
+      : file_(file), root_(root), value_(value),
+        place_(place ? place : &value) {}
 
   const json &value() const { return value_; }
-  const Pointer &at() const { return at_; }
+  // Where it is: an address in the document, which placeText() tells.
+  const json *at() const { return place_; }
 
   [[noreturn]] void fail(const std::string &what) const {
-    throw StateFileError(oneLine(
-        file_ + ": " + (at_.empty() ? "" : pointerText(at_) + ": ") + what));
+    const std::string place = placeText(place_);
+    throw StateFileError(
+        oneLine(file_ + ": " + (place.empty() ? "" : place + ": ") + what));
+  }
+
+  std::string placeText(const json *at) const {
+    return pointerText(jsonPlace(root_, *at));
   }
 
   // An object whose keys are all among `keys`, the first `required` of
@@ -157,7 +168,7 @@ public:
     }
     std::vector<Node> nodes;
     for (std::size_t i = 0; i < value_.size(); ++i) {
-      nodes.emplace_back(file_, value_[i], at_ / i);
+      nodes.emplace_back(file_, root_, value_[i]);
     }
     return nodes;
   }
@@ -189,12 +200,13 @@ public:
 
 private:
   Node child(const std::string &key) const {
-    return Node(file_, value_.at(key), at_ / key);
+    return Node(file_, root_, value_.at(key));
   }
 
   const std::string &file_;
+  const json &root_;
   const json &value_;
-  Pointer at_;
+  const json *place_;
 };
 
 // A name from a fixed table of names and values.
@@ -356,7 +368,8 @@ public:
   }
 
   RouterState load(const json &document) {
-    const Node root(file_, document, Pointer());
+    document_ = &document;
+    const Node root(file_, document, document);
     if (!document.is_object()) {
       root.fail("expected an object at the top level, got " +
                 typeName(document));
@@ -386,22 +399,22 @@ public:
 private:
   // A key that refers to an entry of another table, and where it was read.
   struct Reference {
-    Pointer at;
+    const json *at;
     U32 key;
   };
 
-  [[noreturn]] void failAt(const Pointer &at, const std::string &what) const {
-    Node(file_, json(), at).fail(what);
+  [[noreturn]] void failAt(const json *at, const std::string &what) const {
+    Node(file_, *document_, *at).fail(what);
   }
 
   // Refuses a second entry of one table under the same key; `first`
   // remembers where each key was read first.
   template <class Key>
-  void unique(std::map<Key, Pointer> &first, const Key &key, const Node &node,
-              const std::string &what) const {
+  void unique(std::map<Key, const json *> &first, const Key &key,
+              const Node &node, const std::string &what) const {
     const auto [it, added] = first.emplace(key, node.at());
     if (!added) {
-      node.fail(what + " is already at " + pointerText(it->second));
+      node.fail(what + " is already at " + node.placeText(it->second));
     }
   }
 
@@ -418,7 +431,7 @@ private:
 
   void interfaces(const Node &node) {
     static constexpr std::string_view keys[] = {"name", "mtu", "device"};
-    std::map<Wirx::IntfId, Pointer> seen;
+    std::map<Wirx::IntfId, const json *> seen;
     for (const Node &entry : node.elements()) {
       entry.expectObject(keys, 2);
       const Wirx::IntfId intf = interface(entry["name"]);
@@ -434,7 +447,7 @@ private:
   void tiLfaTunnels(const Node &node) {
     static constexpr std::string_view keys[] = {"id", "interface", "nexthop",
                                                 "labels"};
-    std::map<U32, Pointer> seen;
+    std::map<U32, const json *> seen;
     for (const Node &entry : node.elements()) {
       entry.expectObject(keys, 3);
       const U32 id = entry["id"].number(Tunnel::TunnelId::maxValue,
@@ -564,7 +577,7 @@ private:
 
   void lfibRoutes(const Node &node) {
     static constexpr std::string_view keys[] = {"label", "viaSet", "source"};
-    std::map<U32, Pointer> seen;
+    std::map<U32, const json *> seen;
     for (const Node &entry : node.elements()) {
       entry.expectObject(keys, 3);
       const Wirx::MplsLabel in = label(entry["label"]);
@@ -580,7 +593,7 @@ private:
 
   void hardware(const Node &node) {
     static constexpr std::string_view keys[] = {"label", "state"};
-    std::map<U32, Pointer> seen;
+    std::map<U32, const json *> seen;
     for (const Node &entry : node.elements()) {
       entry.expectObject(keys, 2);
       const Wirx::MplsLabel in = label(entry["label"]);
@@ -600,8 +613,8 @@ private:
     for (const auto &item : node.value().items()) {
       const Node table = *node.find(item.key());
       const std::string_view tableName =
-          named(Node(file_, json(item.key()), table.at()), bindingTables,
-                "binding table");
+          named(Node(file_, *document_, json(item.key()), table.at()),
+                bindingTables, "binding table");
       bindingTable(table, tableName == Mpls::CommonLib::ldpTableName
                               ? state_.bindings->ldpTable()
                               : state_.bindings->tableIs(tableName));
@@ -611,14 +624,14 @@ private:
   void bindingTable(const Node &node, Mpls::CommonLib::BindingTable &table) {
     static constexpr std::string_view keys[] = {"fec", "labels"};
     static constexpr std::string_view labelKeys[] = {"label", "inUse"};
-    std::map<Mpls::FwdEqvClass, Pointer> seen;
+    std::map<Mpls::FwdEqvClass, const json *> seen;
     for (const Node &entry : node.elements()) {
       entry.expectObject(keys, 2);
       const Mpls::FwdEqvClass bound = fec(entry["fec"]);
       unique(seen, bound, entry["fec"],
              "the bindings of " + bound.prefix.stringValue());
       Mpls::CommonLibEntry labels;
-      std::map<U32, Pointer> seenLabels;
+      std::map<U32, const json *> seenLabels;
       for (const Node &binding : entry["labels"].elements()) {
         binding.expectObject(labelKeys, 1);
         const Wirx::MplsLabel value = label(binding["label"]);
@@ -636,7 +649,7 @@ private:
         "tunnelDst", "tunnelId", "extendedTunnelId", "lspId", "label"};
     // The path-state table exists once the section does, even empty.
     state_.rsvp->spStateTableIs();
-    std::map<std::tuple<U32, U32, U32, U32>, Pointer> seen;
+    std::map<std::tuple<U32, U32, U32, U32>, const json *> seen;
     for (const Node &entry : node.elements()) {
       entry.expectObject(keys, 5);
       Rsvp::RsvpSpId id;
@@ -658,7 +671,7 @@ private:
     static constexpr std::string_view keys[] = {"fec", "vias"};
     static constexpr std::string_view viaKeys[] = {"interface", "nexthop",
                                                    "action", "labels"};
-    std::map<Mpls::FwdEqvClass, Pointer> seen;
+    std::map<Mpls::FwdEqvClass, const json *> seen;
     for (const Node &entry : node.elements()) {
       entry.expectObject(keys, 2);
       const Mpls::FwdEqvClass forwarded = fec(entry["fec"]);
@@ -694,7 +707,7 @@ private:
 
   void checkReferences() const {
     const auto check = [this](const std::vector<Reference> &references,
-                              const std::map<U32, Pointer> &keys,
+                              const std::map<U32, const json *> &keys,
                               const std::string &what,
                               const std::string &table) {
       for (const Reference &ref : references) {
@@ -717,10 +730,11 @@ private:
   }
 
   const std::string &file_;
+  const json *document_ = nullptr;
   RouterState state_;
-  std::map<U32, Pointer> viaKeys_;
-  std::map<U32, Pointer> extFecViaKeys_;
-  std::map<U32, Pointer> viaSetKeys_;
+  std::map<U32, const json *> viaKeys_;
+  std::map<U32, const json *> extFecViaKeys_;
+  std::map<U32, const json *> viaSetKeys_;
   std::vector<Reference> viaSetReferences_;
   std::vector<Reference> viaReferences_;
   std::vector<Reference> extFecViaReferences_;
@@ -914,6 +928,10 @@ RouterState loadStateFile(const std::string &path) {
 
 nlohmann::json readStateFile(const std::string &path) {
   return readStateDocument(fileText(path), path);
+}
+
+std::string stateDocumentText(const nlohmann::json &document) {
+  return document.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
 } // namespace LspPingTool

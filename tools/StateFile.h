@@ -65,4 +65,8 @@ nlohmann::json readStateDocument(std::string_view text,
 // The same from the file at `path`.
 nlohmann::json readStateFile(const std::string &path);
 
+// A state document as one line of text, as `lspping state --json` writes
+// it: the same document, the same text.
+std::string stateDocumentText(const nlohmann::json &document);
+
 } // namespace LspPingTool

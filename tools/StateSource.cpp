@@ -1,9 +1,15 @@
 #include "tools/StateSource.h"
 
+#include <functional>
 #include <iterator>
+#include <memory>
 #include <utility>
 
+#include "Kiv/EventLoop.h"
+#include "Kiv/TimerWheel.h"
 #include "Orv/Clock.h"
+#include "tools/ChildProcess.h"
+#include "tools/FrrState.h"
 #include "tools/KernelMplsRoutes.h"
 #include "tools/StateCombine.h"
 #include "tools/StateFile.h"
@@ -37,6 +43,55 @@ std::string lastLine(const std::string &text) {
 
 } // namespace
 
+// Reads a router's forwarding state from its sources, one after the
+// other, and its state file: the piece the hosts of the echo responder
+// share. FRR's commands run as child processes whose output the event loop
+// reads as it comes, so the loop goes on answering meanwhile.
+class StateReader {
+public:
+  // A command that has not ended after this long has failed.
+  static constexpr double commandTimeLimit = 30.0;
+
+  StateReader(Kiv::EventLoop &loop, std::string stateFile,
+              std::vector<StateSource> sources);
+  StateReader(const StateReader &) = delete;
+  StateReader &operator=(const StateReader &) = delete;
+  ~StateReader();
+
+  // What is read, for messages: "frr:r1 + router.json".
+  const std::string &name() const { return name_; }
+
+  // Starts a reading; `done` gets it from the loop once it is complete.
+  // Only one reading runs at a time: false, and nothing started, while
+  // one is under way.
+  bool read(std::function<void(StateReading)> done);
+  bool reading() const { return static_cast<bool>(done_); }
+
+private:
+  void step();
+  void runCommand();
+  void commandDone(ChildProcess::Result result);
+  void sourceRead(nlohmann::json document);
+  void fail(std::string error);
+  void finish(StateReading reading);
+
+  Kiv::EventLoop &loop_;
+  const std::string stateFile_;
+  const std::vector<StateSource> sources_;
+  std::string name_;
+  std::function<void(StateReading)> done_;
+  // The reading under way: the source being read, FRR's next command and
+  // what was read so far.
+  std::size_t source_ = 0;
+  std::size_t command_ = 0;
+  FrrOutputs outputs_;
+  std::vector<nlohmann::json> documents_;
+  std::vector<std::string> notes_;
+  std::unique_ptr<ChildProcess> child_;
+  // Runs the steps that need no program from the loop.
+  Kiv::Timer stepTimer_;
+};
+
 std::optional<StateSource> StateSource::fromString(std::string_view text) {
   if (text == "frr") {
     return StateSource{Kind::frr, ""};
@@ -61,15 +116,8 @@ std::string StateSource::text() const {
 StateReader::StateReader(Kiv::EventLoop &loop, std::string stateFile,
                          std::vector<StateSource> sources)
     : loop_(loop), stateFile_(std::move(stateFile)),
-      sources_(std::move(sources)),
-      stepTimer_(loop.wheel(), [this] { step(); }) {
-  for (const StateSource &source : sources_) {
-    name_ += (name_.empty() ? "" : " + ") + source.text();
-  }
-  if (!stateFile_.empty()) {
-    name_ += (name_.empty() ? "" : " + ") + stateFile_;
-  }
-}
+      sources_(std::move(sources)), name_(stateName(stateFile_, sources_)),
+      stepTimer_(loop.wheel(), [this] { step(); }) {}
 
 StateReader::~StateReader() = default;
 
@@ -115,8 +163,8 @@ void StateReader::step() {
       return;
     }
   }
-  for (const nlohmann::json &document : documents_) {
-    combined = combineStates(std::move(combined), document);
+  for (nlohmann::json &document : documents_) {
+    combined = combineStates(std::move(combined), std::move(document));
   }
   finish({std::move(combined), "", std::move(notes_)});
 }
@@ -129,15 +177,8 @@ void StateReader::runCommand() {
   }
   const StateSource &source = sources_[source_];
   if (command_ == count) {
-    const auto last = mapped_.find(source_);
-    if (last != mapped_.end() && last->second.first == outputs_) {
-      sourceRead(last->second.second);
-      return;
-    }
     try {
-      nlohmann::json document = frrState(outputs_);
-      mapped_[source_] = {outputs_, document};
-      sourceRead(std::move(document));
+      sourceRead(frrState(outputs_));
     } catch (const StateSourceError &e) {
       fail(source.text() + ": " + e.what());
     }
@@ -194,6 +235,18 @@ void StateReader::finish(StateReading reading) {
   outputs_ = {};
   const auto done = std::exchange(done_, nullptr);
   done(std::move(reading));
+}
+
+std::string stateName(const std::string &stateFile,
+                      const std::vector<StateSource> &sources) {
+  std::string name;
+  for (const StateSource &source : sources) {
+    name += (name.empty() ? "" : " + ") + source.text();
+  }
+  if (!stateFile.empty()) {
+    name += (name.empty() ? "" : " + ") + stateFile;
+  }
+  return name;
 }
 
 StateReading readState(const std::string &stateFile,
