@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,9 +28,11 @@ struct MonitoredLsp {
   Orv::U32 window = 5;
   double lossThreshold = 20;
   Orv::U8 maxTtl = 30;
-  // The entry with the defaults applied, as one text: a reload keeps the
-  // LSP of a name running while its definition stays the same.
-  std::string definition;
+  // A hash of the entry with the defaults applied: a reload keeps the LSP
+  // of a name running while its definition stays the same, and two entries
+  // with equal hashes are the same entry. The text itself is not kept:
+  // each LSP would hold a hundred bytes or more for this comparison alone.
+  std::size_t definitionHash = 0;
 };
 
 // Reads the configuration file at `path`: a JSON object, strict (unknown
