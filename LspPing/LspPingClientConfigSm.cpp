@@ -1,5 +1,7 @@
 #include "LspPing/LspPingClientConfigSm.h"
 
+#include <algorithm>
+#include <array>
 #include <vector>
 
 #include "LspPing/LspPingTxCountConstants.h"
@@ -11,6 +13,20 @@ namespace LspPing {
 namespace {
 
 Orv::TraceSource trace("LspPing/LspPingClientConfigSm");
+
+// The attributes of a client's configuration that its check reads.
+bool checked(Orv::AttrId attr) {
+  constexpr std::array<Orv::AttrId, 8> attrs = {
+      LspPingClientConfig::txIntfIdAttr.id,
+      LspPingClientConfig::srcEthAddrAttr.id,
+      LspPingClientConfig::tunnelNexthopEthAddrAttr.id,
+      LspPingClientConfig::srcIpAddrAttr.id,
+      LspPingClientConfig::dstIpAddrAttr.id,
+      LspPingClientConfig::mplsLabelAttr.id,
+      LspPingClientConfig::txCountAttr.id,
+      LspPingClientConfig::tunnelTypeAttr.id};
+  return std::find(attrs.begin(), attrs.end(), attr) != attrs.end();
+}
 
 // Tunnel types whose transmit module this machine chooses. A static
 // configuration (and an unknown type) keeps whatever module its transmit
@@ -72,16 +88,13 @@ const char *disabledReason(const LspPingClientConfig &config,
 LspPingClientConfigSm::ClientConfigReactor::ClientConfigReactor(
     LspPingClientConfigSm &owner, Orv::Ptr<LspPingClientConfig> config)
     : owner_(owner), lspPingClientConfig_(std::move(config)) {
-  const LspPingClientConfig &c = *lspPingClientConfig_;
-  auto handle = [this] { handleClientConfig(); };
-  watch(c, LspPingClientConfig::txIntfIdAttr, handle);
-  watch(c, LspPingClientConfig::srcEthAddrAttr, handle);
-  watch(c, LspPingClientConfig::tunnelNexthopEthAddrAttr, handle);
-  watch(c, LspPingClientConfig::srcIpAddrAttr, handle);
-  watch(c, LspPingClientConfig::dstIpAddrAttr, handle);
-  watch(c, LspPingClientConfig::mplsLabelAttr, [handle](U8) { handle(); });
-  watch(c, LspPingClientConfig::txCountAttr, handle);
-  watch(c, LspPingClientConfig::tunnelTypeAttr, handle);
+  // One watch rather than one per attribute: a host keeps every watch of
+  // every client, and of thousands of clients they add up.
+  watchAll(*lspPingClientConfig_, [this](Orv::AttrId attr) {
+    if (checked(attr)) {
+      handleClientConfig();
+    }
+  });
   handleClientConfig();
 }
 

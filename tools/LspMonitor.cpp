@@ -170,8 +170,15 @@ void LspMonitor::handleTraceDone(const Session::Trace &trace) {
 }
 
 void LspMonitor::replyCounted(const Session::Reply &reply) {
-  ++replies_[Orv::U8(reply.code)];
-  lastCode_ = Orv::U8(reply.code);
+  const auto code = Orv::U8(reply.code);
+  auto it = std::lower_bound(
+      replies_.begin(), replies_.end(), code,
+      [](const auto &counted, Orv::U8 c) { return counted.first < c; });
+  if (it == replies_.end() || it->first != code) {
+    it = replies_.insert(it, {code, 0});
+  }
+  ++it->second;
+  lastCode_ = code;
   lastSubcode_ = reply.subcode;
 }
 
@@ -188,14 +195,19 @@ void LspMonitor::probed(std::optional<MonitorEvent> bad) {
   ++probes_;
   if (bad) {
     ++(bad->returnCode ? wrong_ : lost_);
-    lastBad_ = std::move(bad);
+    if (lastBad_) {
+      *lastBad_ = std::move(*bad);
+    } else {
+      lastBad_ = std::make_unique<MonitorEvent>(std::move(*bad));
+    }
   }
   if (probes_ < lsp_.window) {
     return;
   }
   const bool passed =
       wrong_ == 0 && double(lost_) * 100 <= lsp_.lossThreshold * probes_;
-  MonitorEvent event = passed || !lastBad_ ? MonitorEvent() : *lastBad_;
+  MonitorEvent event =
+      passed || !lastBad_ ? MonitorEvent() : std::move(*lastBad_);
   event.kind = passed ? MonitorEvent::Kind::up : MonitorEvent::Kind::down;
   event.lsp = lsp_.name;
   event.fec = lsp_.lsp.fec;

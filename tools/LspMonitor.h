@@ -2,9 +2,9 @@
 
 #include <array>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "Kiv/TimerWheel.h"
@@ -75,8 +75,9 @@ private:
   // Requests of the sessions that ended.
   Orv::U64 requestsBefore_ = 0;
 
-  // Replies by return code.
-  std::map<Orv::U8, Orv::U64> replies_;
+  // Replies by return code, by code: one or two codes in a vector weigh
+  // less than the nodes of a map.
+  std::vector<std::pair<Orv::U8, Orv::U64>> replies_;
   std::array<Orv::U64, rttBounds.size() + 1> rttCounts_{};
   double rttSum_ = 0;
   std::optional<Orv::U8> lastCode_;
@@ -87,8 +88,9 @@ private:
   Orv::U32 probes_ = 0;
   Orv::U32 lost_ = 0;
   Orv::U32 wrong_ = 0;
-  // The last failure of the window, what a down event tells.
-  std::optional<MonitorEvent> lastBad_;
+  // The last failure of the window, what a down event tells; on the heap,
+  // as it is rare and an event is large.
+  std::unique_ptr<MonitorEvent> lastBad_;
   std::optional<bool> up_;
 
   std::optional<std::vector<PathHop>> path_;

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <functional>
 #include <set>
 
 namespace LspPingTool {
@@ -163,7 +164,7 @@ MonitoredLsp entryOf(const json &entry, const json &defaults,
   }
   lsp.lsp = std::move(*read);
   lsp.lsp.name = lsp.name;
-  lsp.definition = merged.dump();
+  lsp.definitionHash = std::hash<std::string>()(merged.dump());
   return lsp;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,9 +30,11 @@ struct MonitoredLsp {
   Orv::U32 window = 5;
   double lossThreshold = 20;
   Orv::U8 maxTtl = 30;
-  // The entry with the defaults applied, as one text: a reload keeps the
-  // LSP of a name running while its definition stays the same.
-  std::string definition;
+  // A hash of the entry with the defaults applied: a reload keeps the LSP
+  // of a name running while its definition stays the same, and two entries
+  // with equal hashes are the same entry. The text itself is not kept:
+  // each LSP would hold a hundred bytes or more for this comparison alone.
+  std::size_t definitionHash = 0;
 
   // An LSP whose path the forwarding state gives (an LDP or
   // segment-routing FEC whose entry names no label): the LSP as its entry

@@ -243,7 +243,7 @@ void MonitorDaemon::reload(const StatePaths *paths) {
     for (MonitoredLsp &lsp : *lsps) {
       const auto it = monitors_.find(lsp.name);
       if (it != monitors_.end() &&
-          it->second->lsp().definition == lsp.definition) {
+          it->second->lsp().definitionHash == lsp.definitionHash) {
         kept.insert(lsp.name);
       } else {
         fresh.push_back(std::move(lsp));

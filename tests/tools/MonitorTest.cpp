@@ -264,7 +264,7 @@ TEST(MonitorConfig, ReadsEntriesWithTheDefaultsOfTheTopLevel) {
   EXPECT_TRUE(b.trace);
   EXPECT_EQ(b.interval, 30.0);
   EXPECT_EQ(b.lossThreshold, 50.0);
-  EXPECT_NE(a.definition, b.definition);
+  EXPECT_NE(a.definitionHash, b.definitionHash);
 }
 
 TEST(MonitorConfig, MistakesAreNamedWithTheirPlace) {

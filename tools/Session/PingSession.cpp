@@ -28,18 +28,20 @@ Orv::U32 PingSession::Summary::mdevRoundTrip() const {
 PingSession::PingSession(const Host &host, Orv::U32 clientId,
                          const Target &target, const Options &options,
                          Events events)
-    : options_(options), events_(std::move(events)),
-      ingress_(host.ingressPath(target)),
+    : count_(options.count), timeout_(options.timeout),
+      events_(std::move(events)),
       timeoutTimer_(host.timerWheel(), [this] { handleTimeoutTimer(); }) {
-  if (std::string error = unusable(ingress_); !error.empty()) {
+  const IngressPath ingress = host.ingressPath(target);
+  if (std::string error = unusable(ingress); !error.empty()) {
     finish(std::move(error));
     return;
   }
-  dst_ = !options_.dst ? loopbackDestination(ingress_.src) : options_.dst;
+  const Wirx::IpGenAddr dst =
+      !options.dst ? loopbackDestination(ingress.src) : options.dst;
   client_.emplace(host, clientId, LspPing::LspPingMode::modeLspPing, target,
-                  ingress_, [this](const Reply &reply) { handleReply(reply); });
-  if (!client_->requestsIs(options_.count, options_.interval, options_.ttl,
-                           options_.labelTtls, dst_,
+                  ingress, [this](const Reply &reply) { handleReply(reply); });
+  if (!client_->requestsIs(options.count, options.interval, options.ttl,
+                           options.labelTtls, dst,
                            [this](Orv::U32 seq) { handleSent(seq); })) {
     finish(client_->reason());
   }
@@ -50,7 +52,7 @@ void PingSession::handleSent(Orv::U32 seq) {
     return;
   }
   ++summary_.sent;
-  outstanding_.push_back(Outstanding{seq, Orv::now() + options_.timeout});
+  outstanding_.push_back(Outstanding{seq, Orv::now() + timeout_});
   timeoutTimerIs();
 }
 
@@ -101,8 +103,7 @@ void PingSession::lostUntil(double now) {
       events_.timeout(seq);
     }
   }
-  if (options_.count != 0 && summary_.sent == options_.count &&
-      outstanding_.empty()) {
+  if (count_ != 0 && summary_.sent == count_ && outstanding_.empty()) {
     finish("");
     return;
   }

@@ -73,7 +73,6 @@ public:
   PingSession(const PingSession &) = delete;
   PingSession &operator=(const PingSession &) = delete;
 
-  const IngressPath &ingress() const { return ingress_; }
   const Summary &summary() const { return summary_; }
 
 private:
@@ -89,10 +88,11 @@ private:
   void timeoutTimerIs();
   void finish(std::string error);
 
-  const Options options_;
+  // Of the options, what is needed once the client is configured: a
+  // monitor keeps thousands of sessions.
+  const Orv::U32 count_;
+  const double timeout_;
   Events events_;
-  IngressPath ingress_;
-  Wirx::IpGenAddr dst_;
   std::optional<Client> client_;
   Summary summary_;
   // Requests sent and not yet answered, oldest first.
