@@ -1,5 +1,6 @@
 #include "tools/MetricsText.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 
@@ -41,6 +42,10 @@ void MetricsText::family(std::string_view name, std::string_view type,
 
 void MetricsText::sample(std::string_view name, Labels labels, Orv::U64 value) {
   series(name, labels);
+  integer(value);
+}
+
+void MetricsText::integer(Orv::U64 value) {
   char digits[24];
   const auto end = std::to_chars(digits, digits + sizeof digits, value).ptr;
   text_.append(digits, end) += '\n';
@@ -54,17 +59,28 @@ void MetricsText::sample(std::string_view name, Labels labels, double value) {
 void MetricsText::histogram(std::string_view name, Labels labels,
                             std::span<const double> bounds,
                             std::span<const Orv::U64> counts, double sum) {
-  const std::string bucket = std::string(name) + "_bucket";
+  // A scrape writes the same histogram for thousands of series: its
+  // names and bounds are written as text once.
+  if (name != histogramName_ || !std::equal(bounds.begin(), bounds.end(),
+                                            bounds_.begin(), bounds_.end())) {
+    histogramName_ = name;
+    bounds_.assign(bounds.begin(), bounds.end());
+    les_.clear();
+    for (const double bound : bounds) {
+      les_.push_back(number(bound));
+    }
+    les_.emplace_back("+Inf");
+    suffixed_ = {histogramName_ + "_bucket", histogramName_ + "_sum",
+                 histogramName_ + "_count"};
+  }
   Orv::U64 cumulated = 0;
   for (std::size_t i = 0; i <= bounds.size() && i < counts.size(); ++i) {
     cumulated += counts[i];
-    const std::string le =
-        i < bounds.size() ? number(bounds[i]) : std::string("+Inf");
-    series(bucket, labels, {"le", le});
-    text_.append(std::to_string(cumulated)) += '\n';
+    series(suffixed_[0], labels, {"le", les_[i]});
+    integer(cumulated);
   }
-  sample(std::string(name) + "_sum", labels, sum);
-  sample(std::string(name) + "_count", labels, cumulated);
+  sample(suffixed_[1], labels, sum);
+  sample(suffixed_[2], labels, cumulated);
 }
 
 void MetricsText::series(std::string_view name, Labels labels,
@@ -91,21 +107,17 @@ void MetricsText::series(std::string_view name, Labels labels,
   text_.append("} ");
 }
 
+// Label values are mostly plain: appended a run at a time.
 void MetricsText::escaped(std::string_view value) {
-  for (const char c : value) {
-    switch (c) {
-    case '\\':
-      text_.append("\\\\");
-      break;
-    case '"':
-      text_.append("\\\"");
-      break;
-    case '\n':
-      text_.append("\\n");
-      break;
-    default:
-      text_ += c;
+  for (;;) {
+    const std::size_t special = value.find_first_of("\\\"\n");
+    text_.append(value.substr(0, special));
+    if (special == std::string_view::npos) {
+      return;
     }
+    const char c = value[special];
+    text_.append(c == '\n' ? "\\n" : c == '"' ? "\\\"" : "\\\\");
+    value.remove_prefix(special + 1);
   }
 }
 

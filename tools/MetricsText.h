@@ -1,10 +1,12 @@
 #pragma once
 
+#include <array>
 #include <initializer_list>
 #include <span>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Orv/Types.h"
 
@@ -44,8 +46,16 @@ private:
   void series(std::string_view name, Labels labels,
               std::pair<std::string_view, std::string_view> extra = {});
   void escaped(std::string_view value);
+  // `value` and the line's end.
+  void integer(Orv::U64 value);
 
   std::string text_;
+  // The last histogram's name and bounds, and their texts: its bounds as
+  // `le` values, and its series' names (_bucket, _sum, _count).
+  std::string histogramName_;
+  std::vector<double> bounds_;
+  std::vector<std::string> les_;
+  std::array<std::string, 3> suffixed_;
 };
 
 } // namespace LspPingTool
