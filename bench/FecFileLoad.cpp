@@ -23,11 +23,15 @@
 
 #include <nlohmann/json.hpp>
 
-#include "Netns.h"
+#include "LoadSupport.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using LspPingBench::Clock;
+using LspPingBench::fec;
+using LspPingBench::since;
+using LspPingBench::Usage;
+using LspPingBench::usage;
 
 struct Options {
   unsigned long lsps = 100000;
@@ -37,62 +41,12 @@ struct Options {
   std::string lspping = LSPPING_PROGRAM;
 };
 
-// The FEC of LSP i: 10.128.0.0/9 and up, one /32 each.
-std::string fec(unsigned long i) {
-  const unsigned long addr = (10ul << 24 | 128ul << 16) + i;
-  return std::to_string(addr >> 24) + "." + std::to_string(addr >> 16 & 255) +
-         "." + std::to_string(addr >> 8 & 255) + "." +
-         std::to_string(addr & 255) + "/32";
-}
-
 void writeFiles(const Options &o, const std::string &dir) {
-  std::ofstream state(dir + "/state.json");
-  state << "{ \"bindings\": { \"ldp\": [\n";
-  for (unsigned long i = 0; i < o.lsps; ++i) {
-    state << (i ? ",\n" : "") << "  { \"fec\": \"" << fec(i)
-          << "\", \"labels\": [ { \"label\": 3 } ] }";
-  }
-  state << "\n] } }\n";
+  LspPingBench::writeEgressState(dir + "/state.json", o.lsps);
   std::ofstream lines(dir + "/lsps.txt");
   for (unsigned long i = 0; i < o.lsps; ++i) {
     lines << "ldp " << fec(i) << "\n";
   }
-}
-
-struct Usage {
-  double user = 0;
-  double system = 0;
-  long rss = 0;
-};
-
-// CPU seconds in user space and in the kernel, and resident memory in KiB,
-// of a process.
-Usage usage(pid_t pid) {
-  std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
-  const std::string text((std::istreambuf_iterator<char>(stat)), {});
-  std::istringstream fields(text.substr(text.rfind(')') + 2));
-  std::string field;
-  unsigned long utime = 0, stime = 0;
-  for (int i = 3; i <= 15 && fields >> field; ++i) {
-    if (i == 14) {
-      utime = std::stoul(field);
-    } else if (i == 15) {
-      stime = std::stoul(field);
-    }
-  }
-  long rss = 0;
-  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.rfind("VmRSS:", 0) == 0) {
-      rss = std::stol(line.substr(6));
-    }
-  }
-  const double tick = double(sysconf(_SC_CLK_TCK));
-  return {double(utime) / tick, double(stime) / tick, rss};
-}
-
-double since(Clock::time_point start) {
-  return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
 int run(const Options &o) {
@@ -104,21 +58,10 @@ int run(const Options &o) {
   const LspPingTest::Netns client, router;
   const std::string clientIntf = LspPingTest::uniqueName("fc");
   const std::string routerIntf = LspPingTest::uniqueName("fr");
-  const std::string dir = "/tmp/FecFileLoad." + std::to_string(getpid());
-  std::filesystem::create_directories(dir);
-  struct Cleanup {
-    std::string dir;
-    ~Cleanup() { std::filesystem::remove_all(dir); }
-  } cleanup{dir};
+  const LspPingBench::ScratchDir scratch("FecFileLoad");
+  const std::string &dir = scratch.path();
   const bool linked =
-      client.ip({"link", "add", clientIntf, "type", "veth", "peer", "name",
-                 routerIntf, "netns", router.name()}) &&
-      client.ip({"addr", "add", "10.0.0.1/24", "dev", clientIntf}) &&
-      router.ip({"addr", "add", "10.0.0.2/24", "dev", routerIntf}) &&
-      client.ip({"link", "set", clientIntf, "up"}) &&
-      router.ip({"link", "set", routerIntf, "up"}) &&
-      client.exec({"ethtool", "-K", clientIntf, "tx", "off"}) &&
-      router.exec({"ethtool", "-K", routerIntf, "tx", "off"});
+      LspPingBench::joinByVeth(client, clientIntf, router, routerIntf);
   if (!linked) {
     std::cerr << "FecFileLoad: cannot set up the namespaces\n";
     return 2;

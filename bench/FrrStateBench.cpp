@@ -14,6 +14,7 @@
 
 #include <string>
 
+#include "GeneratedFrr.h"
 #include "tools/FrrState.h"
 #include "tools/StateCombine.h"
 #include "tools/StateFile.h"
@@ -25,34 +26,11 @@ using nlohmann::json;
 // A transit router of a line: every prefix 10.x.y.z/32 bound by both
 // neighbours, the one behind the IGP's next hop (e2) in use.
 LspPingTool::FrrOutputs outputs(int prefixes) {
-  json bindings = json::array();
-  json routes = json::object();
-  for (int i = 0; i < prefixes; ++i) {
-    const std::string prefix = "10." + std::to_string(100 + i / 65536) + "." +
-                               std::to_string(i / 256 % 256) + "." +
-                               std::to_string(i % 256) + "/32";
-    const std::string local = std::to_string(16 + i);
-    for (const auto &[neighbour, label, inUse] :
-         {std::tuple{"10.0.0.1", std::to_string(100016 + i), 0},
-          std::tuple{"10.0.0.3", std::to_string(200016 + i), 1}}) {
-      bindings.push_back({{"addressFamily", "ipv4"},
-                          {"prefix", prefix},
-                          {"neighborId", neighbour},
-                          {"localLabel", local},
-                          {"remoteLabel", label},
-                          {"inUse", inUse}});
-    }
-    routes[prefix] = {
-        {{"prefix", prefix},
-         {"protocol", "ospf"},
-         {"selected", true},
-         {"nexthops",
-          {{{"ip", "10.1.23.3"}, {"interfaceName", "e2"}, {"active", true}}}}}};
-  }
+  auto [bindings, routes] = LspPingBench::ldpOutputs(prefixes, 0, "10.1.23.3");
   LspPingTool::FrrOutputs o;
   o.runningConfig = "mpls ldp\n";
-  o.ldpBindings = json{{"bindings", bindings}}.dump();
-  o.routes = routes.dump();
+  o.ldpBindings = std::move(bindings);
+  o.routes = std::move(routes);
   o.mplsTable = "{}";
   o.interfaces = R"({"e1":{"mtu":1500},"e2":{"mtu":1500}})";
   o.ldpDiscovery = R"({"interfaces":{

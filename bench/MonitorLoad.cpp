@@ -29,11 +29,15 @@
 #include <thread>
 #include <vector>
 
-#include "Netns.h"
+#include "LoadSupport.h"
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+using LspPingBench::Clock;
+using LspPingBench::fec;
+using LspPingBench::since;
+using LspPingBench::Usage;
+using LspPingBench::usage;
 
 constexpr int metricsPort = 9101;
 
@@ -46,23 +50,9 @@ struct Options {
   std::string lspping = LSPPING_PROGRAM;
 };
 
-// The FEC of LSP i: 10.128.0.0/9 and up, one /32 each.
-std::string fec(unsigned long i) {
-  const unsigned long addr = (10ul << 24 | 128ul << 16) + i;
-  return std::to_string(addr >> 24) + "." + std::to_string(addr >> 16 & 255) +
-         "." + std::to_string(addr >> 8 & 255) + "." +
-         std::to_string(addr & 255) + "/32";
-}
-
 void writeFiles(const Options &o, const std::string &dir,
                 const std::string &intf) {
-  std::ofstream state(dir + "/state.json");
-  state << "{ \"bindings\": { \"ldp\": [\n";
-  for (unsigned long i = 0; i < o.lsps; ++i) {
-    state << (i ? ",\n" : "") << "  { \"fec\": \"" << fec(i)
-          << "\", \"labels\": [ { \"label\": 3 } ] }";
-  }
-  state << "\n] } }\n";
+  LspPingBench::writeEgressState(dir + "/state.json", o.lsps);
   std::ofstream config(dir + "/monitor.json");
   config << "{ \"interval\": " << o.interval << ", \"interface\": \"" << intf
          << "\", \"nexthop\": \"10.0.0.2\", \"lsps\": [\n";
@@ -75,42 +65,6 @@ void writeFiles(const Options &o, const std::string &dir,
       << "{ \"interval\": " << o.interval << ", \"interface\": \"" << intf
       << "\", \"nexthop\": \"10.0.0.2\", \"lsps\": [ { \"name\": \"lsp0\", "
       << "\"fec\": \"ldp " << fec(0) << "\" } ] }\n";
-}
-
-struct Usage {
-  double user = 0;
-  double system = 0;
-  long rss = 0;
-};
-
-// CPU seconds in user space and in the kernel, and resident memory in KiB,
-// of a process.
-Usage usage(pid_t pid) {
-  std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
-  const std::string text((std::istreambuf_iterator<char>(stat)), {});
-  std::istringstream fields(text.substr(text.rfind(')') + 2));
-  std::string field;
-  unsigned long utime = 0, stime = 0;
-  for (int i = 3; i <= 15 && fields >> field; ++i) {
-    if (i == 14) {
-      utime = std::stoul(field);
-    } else if (i == 15) {
-      stime = std::stoul(field);
-    }
-  }
-  long rss = 0;
-  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.rfind("VmRSS:", 0) == 0) {
-      rss = std::stol(line.substr(6));
-    }
-  }
-  const double tick = double(sysconf(_SC_CLK_TCK));
-  return {double(utime) / tick, double(stime) / tick, rss};
-}
-
-double since(Clock::time_point start) {
-  return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
 struct Scrape {
@@ -163,22 +117,10 @@ int run(const Options &o) {
   const LspPingTest::Netns client, router;
   const std::string clientIntf = LspPingTest::uniqueName("mc");
   const std::string routerIntf = LspPingTest::uniqueName("mr");
-  const std::string dir = "/tmp/MonitorLoad." + std::to_string(getpid());
-  std::filesystem::create_directories(dir);
-  struct Cleanup {
-    std::string dir;
-    ~Cleanup() { std::filesystem::remove_all(dir); }
-  } cleanup{dir};
+  const LspPingBench::ScratchDir scratch("MonitorLoad");
+  const std::string &dir = scratch.path();
   const bool linked =
-      client.ip({"link", "add", clientIntf, "type", "veth", "peer", "name",
-                 routerIntf, "netns", router.name()}) &&
-      client.ip({"addr", "add", "10.0.0.1/24", "dev", clientIntf}) &&
-      router.ip({"addr", "add", "10.0.0.2/24", "dev", routerIntf}) &&
-      client.ip({"link", "set", clientIntf, "up"}) &&
-      client.ip({"link", "set", "lo", "up"}) &&
-      router.ip({"link", "set", routerIntf, "up"}) &&
-      client.exec({"ethtool", "-K", clientIntf, "tx", "off"}) &&
-      router.exec({"ethtool", "-K", routerIntf, "tx", "off"});
+      LspPingBench::joinByVeth(client, clientIntf, router, routerIntf);
   if (!linked) {
     std::cerr << "MonitorLoad: cannot set up the namespaces\n";
     return 2;

@@ -41,21 +41,20 @@
 #include <thread>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <atomic>
 #include <map>
 
+#include "GeneratedFrr.h"
+#include "LoadSupport.h"
 #include "MplsUtils/EthPktParser.h"
-#include "Netns.h"
 #include "Wirx/Nbo.h"
 #include "tools/Pcap.h"
 
 namespace {
 
 using Bytes = std::vector<Orv::U8>;
-using Clock = std::chrono::steady_clock;
+using LspPingBench::Clock;
 
 const std::string senderMac = "02:00:00:00:0e:01";
 const std::string responderMac = "02:00:00:00:0f:01";
@@ -210,66 +209,19 @@ Counters counters(LspPingTest::NetnsProcess &responder) {
   return c;
 }
 
-// Resident memory in KiB and CPU seconds (user + system) of a process.
-std::pair<long, double> usage(pid_t pid) {
-  long rss = 0;
-  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.rfind("VmRSS:", 0) == 0) {
-      rss = std::stol(line.substr(6));
-    }
-  }
-  std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
-  std::string text((std::istreambuf_iterator<char>(stat)), {});
-  std::istringstream fields(text.substr(text.rfind(')') + 2));
-  std::string field;
-  unsigned long utime = 0, stime = 0;
-  for (int i = 3; i <= 15 && fields >> field; ++i) {
-    if (i == 14) {
-      utime = std::stoul(field);
-    } else if (i == 15) {
-      stime = std::stoul(field);
-    }
-  }
-  return {rss, double(utime + stime) / double(sysconf(_SC_CLK_TCK))};
-}
-
 // vtysh's outputs for a transit router with `prefixes` LDP prefixes, in
 // `dir`, one file per command; `shift` moves every local label.
 void writeFrrOutputs(const std::string &dir, int prefixes, int shift) {
-  using nlohmann::json;
-  json bindings = json::array();
-  json routes = json::object();
-  for (int i = 0; i < prefixes; ++i) {
-    const std::string prefix = "10." + std::to_string(100 + i / 65536) + "." +
-                               std::to_string(i / 256 % 256) + "." +
-                               std::to_string(i % 256) + "/32";
-    const std::string local = std::to_string(16 + shift + i);
-    for (const auto &[neighbour, label, inUse] :
-         {std::tuple{"10.0.0.1", std::to_string(100016 + i), 0},
-          std::tuple{"10.0.0.3", std::to_string(200016 + i), 1}}) {
-      bindings.push_back({{"addressFamily", "ipv4"},
-                          {"prefix", prefix},
-                          {"neighborId", neighbour},
-                          {"localLabel", local},
-                          {"remoteLabel", label},
-                          {"inUse", inUse}});
-    }
-    routes[prefix] = {
-        {{"prefix", prefix},
-         {"protocol", "ospf"},
-         {"selected", true},
-         {"nexthops",
-          {{{"ip", "10.0.0.3"}, {"interfaceName", "e2"}, {"active", true}}}}}};
-  }
+  const auto [bindings, routes] =
+      LspPingBench::ldpOutputs(prefixes, shift, "10.0.0.3");
   std::filesystem::create_directories(dir);
   const std::map<std::string, std::string> files = {
       {"show_running-config", "mpls ldp\n"},
       {"show_interface_json", R"({"e2":{"mtu":1500}})"},
-      {"show_ip_route_json", routes.dump()},
+      {"show_ip_route_json", routes},
       {"show_ipv6_route_json", "{}"},
       {"show_mpls_table_json", "{}"},
-      {"show_mpls_ldp_binding_json", json{{"bindings", bindings}}.dump()},
+      {"show_mpls_ldp_binding_json", bindings},
       {"show_mpls_ldp_discovery_detail_json",
        R"({"interfaces":{"e2":{"adjacencies":[)"
        R"({"lsrId":"10.0.0.3","sourceAddress":"10.0.0.3"}]}}})"},
@@ -404,20 +356,10 @@ int run(const Options &o) {
   const LspPingTest::Netns sender, router;
   const std::string sendIntf = LspPingTest::uniqueName("ls");
   const std::string recvIntf = LspPingTest::uniqueName("lr");
-  const std::string dir = "/tmp/ResponderLoad." + std::to_string(getpid());
-  std::filesystem::create_directories(dir);
-  struct Cleanup {
-    std::string dir;
-    ~Cleanup() { std::filesystem::remove_all(dir); }
-  } cleanup{dir};
-  const bool linked =
-      sender.ip({"link", "add", sendIntf, "address", senderMac, "type", "veth",
-                 "peer", "name", recvIntf, "address", responderMac, "netns",
-                 router.name()}) &&
-      sender.ip({"addr", "add", "10.0.0.1/24", "dev", sendIntf}) &&
-      router.ip({"addr", "add", "10.0.0.2/24", "dev", recvIntf}) &&
-      sender.ip({"link", "set", sendIntf, "up"}) &&
-      router.ip({"link", "set", recvIntf, "up"});
+  const LspPingBench::ScratchDir scratch("ResponderLoad");
+  const std::string &dir = scratch.path();
+  const bool linked = LspPingBench::joinByVeth(
+      sender, sendIntf, router, recvIntf, senderMac, responderMac);
   if (!linked) {
     std::cerr << "ResponderLoad: cannot set up the namespaces\n";
     return 2;
@@ -487,7 +429,7 @@ int run(const Options &o) {
     expected += frames[i % frames.size()].passes ? 1 : 0;
   }
   const pid_t pid = responder.pid();
-  const auto [rssStart, cpuStart] = usage(pid);
+  const LspPingBench::Usage atStart = LspPingBench::usage(pid);
   const auto start = Clock::now();
   sendFrames(fd, frames, o.frames);
   const double sendSeconds =
@@ -507,7 +449,7 @@ int run(const Options &o) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
   const double seconds = std::chrono::duration<double>(settled - start).count();
-  const auto [rssEnd, cpuEnd] = usage(pid);
+  const LspPingBench::Usage atEnd = LspPingBench::usage(pid);
   responder.signal(SIGTERM);
   const auto final = responder.lineWith(1, "counters:");
   const int status = responder.exitStatus();
@@ -526,7 +468,7 @@ int run(const Options &o) {
               now.received);
   std::printf("replies:              %lu in %.2f s: %.0f per second\n",
               now.replied, seconds, double(now.replied) / seconds);
-  const double cpu = cpuEnd - cpuStart;
+  const double cpu = atEnd.cpu() - atStart.cpu();
   std::printf("responder CPU:        %.2f s, %.2f us per frame counted, "
               "%.2f us per reply\n",
               cpu, cpu * 1e6 / double(now.received),
@@ -535,7 +477,7 @@ int run(const Options &o) {
               "time, as on a core of its own)\n",
               double(now.replied) / cpu);
   std::printf("responder RSS:        %ld KiB at start, %ld KiB at end\n",
-              rssStart, rssEnd);
+              atStart.rss, atEnd.rss);
   std::printf("final %s\nexit status %d\n",
               final ? final->c_str() : "counters missing", status);
   return now.received == expected && status == 0 ? 0 : 1;
