@@ -5,9 +5,12 @@
 
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
+
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -116,6 +119,23 @@ inline void writeEgressState(const std::string &path, unsigned long lsps) {
           << "\", \"labels\": [ { \"label\": 3 } ] }";
   }
   state << "\n] } }\n";
+}
+
+// The program: its options read by `app` from the command line, then
+// `run`; exit status 2 for a mistake on the command line or an error,
+// which it names.
+template <class Run> int mainOf(CLI::App &app, int argc, char **argv, Run run) {
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError &e) {
+    return app.exit(e) == 0 ? 0 : 2;
+  }
+  try {
+    return run();
+  } catch (const std::exception &e) {
+    std::cerr << app.get_name() << ": " << e.what() << "\n";
+    return 2;
+  }
 }
 
 } // namespace LspPingBench

@@ -229,30 +229,14 @@ int run(const Options &o) {
 
 int main(int argc, char **argv) {
   Options o;
-  for (int i = 1; i + 1 < argc; i += 2) {
-    const std::string flag = argv[i];
-    if (flag == "--lsps") {
-      o.lsps = std::stoul(argv[i + 1]);
-    } else if (flag == "--interval") {
-      o.interval = std::stod(argv[i + 1]);
-    } else if (flag == "--warmup") {
-      o.warmup = std::stod(argv[i + 1]);
-    } else if (flag == "--seconds") {
-      o.seconds = std::stod(argv[i + 1]);
-    } else if (flag == "--scrapes") {
-      o.scrapes = std::stoi(argv[i + 1]);
-    } else if (flag == "--lspping") {
-      o.lspping = argv[i + 1];
-    } else {
-      std::cerr << "usage: MonitorLoad [--lsps N] [--interval S] [--warmup "
-                   "W] [--seconds T] [--scrapes K] [--lspping PATH]\n";
-      return 2;
-    }
-  }
-  try {
-    return run(o);
-  } catch (const std::exception &e) {
-    std::cerr << "MonitorLoad: " << e.what() << "\n";
-    return 2;
-  }
+  CLI::App app{"lspping monitor under load, in namespaces of its own",
+               "MonitorLoad"};
+  app.add_option("--lsps", o.lsps, "LSPs watched");
+  app.add_option("--interval", o.interval,
+                 "seconds between requests of an LSP");
+  app.add_option("--warmup", o.warmup, "seconds before measuring");
+  app.add_option("--seconds", o.seconds, "seconds measured");
+  app.add_option("--scrapes", o.scrapes, "scrapes of /metrics timed");
+  app.add_option("--lspping", o.lspping, "the program");
+  return LspPingBench::mainOf(app, argc, argv, [&] { return run(o); });
 }

@@ -487,31 +487,21 @@ int run(const Options &o) {
 
 int main(int argc, char **argv) {
   Options o;
-  for (int i = 1; i + 1 < argc; i += 2) {
-    const std::string flag = argv[i];
-    if (flag == "--frames") {
-      o.frames = std::stoul(argv[i + 1]);
-    } else if (flag == "--mix") {
-      o.mixed = std::string(argv[i + 1]) == "mixed";
-    } else if (flag == "--lspping") {
-      o.lspping = argv[i + 1];
-    } else if (flag == "--gaps") {
-      o.gaps = std::stod(argv[i + 1]);
-    } else if (flag == "--frr") {
-      o.frr = std::stoi(argv[i + 1]);
-    } else if (flag == "--refresh") {
-      o.refresh = std::stod(argv[i + 1]);
-    } else {
-      std::cerr << "usage: ResponderLoad [--frames N] [--mix valid|mixed] "
-                   "[--lspping PATH] [--gaps SECONDS [--frr PREFIXES] "
-                   "[--refresh SECONDS]]\n";
-      return 2;
-    }
-  }
-  try {
-    return run(o);
-  } catch (const std::exception &e) {
-    std::cerr << "ResponderLoad: " << e.what() << "\n";
-    return 2;
-  }
+  CLI::App app{"lspping responder under load, in namespaces of its own",
+               "ResponderLoad"};
+  app.add_option("--frames", o.frames, "frames sent as fast as they go");
+  app.add_option_function<std::string>(
+         "--mix", [&o](const std::string &mix) { o.mixed = mix == "mixed"; },
+         "valid: requests only; mixed: malformed frames among them")
+      ->check(CLI::IsMember({"valid", "mixed"}));
+  app.add_option("--lspping", o.lspping, "the program");
+  app.add_option("--gaps", o.gaps,
+                 "instead: seconds of steady requests, timing the gaps "
+                 "between replies");
+  app.add_option("--frr", o.frr,
+                 "with --gaps: the state read from a stand-in vtysh of this "
+                 "many LDP prefixes");
+  app.add_option("--refresh", o.refresh,
+                 "with --frr: seconds between two readings of it");
+  return LspPingBench::mainOf(app, argc, argv, [&] { return run(o); });
 }
