@@ -4,7 +4,6 @@
 #include <csignal>
 #include <functional>
 #include <set>
-#include <system_error>
 #include <utility>
 
 #include "Orv/Clock.h"
@@ -31,8 +30,7 @@ MonitorDaemon::MonitorDaemon(MonitorOptions options, std::ostream &out,
 MonitorDaemon::~MonitorDaemon() {
   follower_.reset();
   refreshTimer_.reset();
-  signals_.reset();
-  server_.reset();
+  hooks_.close();
   monitors_.clear();
 }
 
@@ -77,21 +75,12 @@ bool MonitorDaemon::start() {
     log(error);
     return false;
   }
-  if (options_.metrics) {
-    server_ = MetricsServer::open(
-        loop_, *options_.metrics, [this] { return metrics(); },
-        [this](const std::string &line) { log(line); }, error);
-    if (!server_) {
-      log(error + " (" + options_.metricsText + ")");
-      return false;
-    }
-  }
-  try {
-    signals_ = std::make_unique<SignalFd>(
-        loop_, std::initializer_list<int>{SIGHUP, SIGUSR1, SIGINT, SIGTERM},
-        [this](int signal) { handleSignal(signal); });
-  } catch (const std::system_error &e) {
-    log(std::string("cannot take signals: ") + e.what());
+  if (!hooks_.open(
+          loop_, options_.metrics, options_.metricsText,
+          [this] { return metrics(); },
+          [this](const std::string &line) { log(line); },
+          [this](int signal) { handleSignal(signal); }, error)) {
+    log(error);
     return false;
   }
   if (!state.sources.empty()) {
@@ -102,7 +91,7 @@ bool MonitorDaemon::start() {
   const std::size_t count = lsps->size();
   startAll(std::move(*lsps));
   log("watching " + std::to_string(count) + (count == 1 ? " LSP" : " LSPs") +
-      (server_ ? ", metrics on " + options_.metricsText : ""));
+      (hooks_.servesMetrics() ? ", metrics on " + options_.metricsText : ""));
   return true;
 }
 

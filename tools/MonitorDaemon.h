@@ -9,11 +9,11 @@
 
 #include "Kiv/EventLoop.h"
 #include "tools/CommandLinePaths.h"
+#include "tools/DaemonHooks.h"
 #include "tools/LinuxSessionHost.h"
 #include "tools/LspMonitor.h"
 #include "tools/MetricsServer.h"
 #include "tools/MonitorConfig.h"
-#include "tools/SignalFd.h"
 #include "tools/StateFollower.h"
 #include "tools/StateOptions.h"
 
@@ -96,8 +96,7 @@ private:
   // By name.
   std::map<std::string, std::unique_ptr<LspMonitor>> monitors_;
   Orv::U32 nextClientId_ = 1;
-  std::unique_ptr<MetricsServer> server_;
-  std::unique_ptr<SignalFd> signals_;
+  DaemonHooks hooks_;
   // Set when the monitor reads a state.
   std::unique_ptr<StateFollower> follower_;
   std::unique_ptr<Kiv::Timer> refreshTimer_;

@@ -4,7 +4,6 @@
 #include <chrono>
 #include <csignal>
 #include <exception>
-#include <system_error>
 #include <utility>
 
 #include "LspPing/LspPingConstant.h"
@@ -68,7 +67,6 @@ ResponderDaemon::ResponderDaemon(ResponderOptions options, std::ostream &out,
 
 // The modules go before the loop they are registered with.
 ResponderDaemon::~ResponderDaemon() {
-  server_.reset();
   follower_.reset();
   refreshTimer_.reset();
   loadTimer_.reset();
@@ -77,7 +75,7 @@ ResponderDaemon::~ResponderDaemon() {
   tap4_ = nullptr;
   tap6_ = nullptr;
   sync_ = nullptr;
-  signals_.reset();
+  hooks_.close();
 }
 
 bool ResponderDaemon::start() {
@@ -109,21 +107,12 @@ bool ResponderDaemon::start() {
     return false;
   }
   handlerIs(state_);
-  if (options_.metrics) {
-    server_ = MetricsServer::open(
-        loop_, *options_.metrics, [this] { return metrics(); },
-        [this](const std::string &line) { log(line); }, error);
-    if (!server_) {
-      log(error + " (" + options_.metricsText + ")");
-      return false;
-    }
-  }
-  try {
-    signals_ = std::make_unique<SignalFd>(
-        loop_, std::initializer_list<int>{SIGHUP, SIGUSR1, SIGINT, SIGTERM},
-        [this](int signal) { handleSignal(signal); });
-  } catch (const std::system_error &e) {
-    log(std::string("cannot take signals: ") + e.what());
+  if (!hooks_.open(
+          loop_, options_.metrics, options_.metricsText,
+          [this] { return metrics(); },
+          [this](const std::string &line) { log(line); },
+          [this](int signal) { handleSignal(signal); }, error)) {
+    log(error);
     return false;
   }
   watch(*sync_, Interface::LinuxIntfSync::linuxIntfAttr,

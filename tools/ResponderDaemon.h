@@ -13,11 +13,11 @@
 #include "MplsUtils/EthPktParser.h"
 #include "Orv/Reactor.h"
 #include "Wirx/LinuxRawPam.h"
+#include "tools/DaemonHooks.h"
 #include "tools/MetricsServer.h"
 #include "tools/ReplyTap.h"
 #include "tools/ResponderCounters.h"
 #include "tools/ResponderEvent.h"
-#include "tools/SignalFd.h"
 #include "tools/StateFile.h"
 #include "tools/StateFollower.h"
 #include "tools/StateOptions.h"
@@ -126,8 +126,7 @@ private:
   std::ostream &out_;
   std::ostream &log_;
   Kiv::EventLoop loop_;
-  std::unique_ptr<SignalFd> signals_;
-  std::unique_ptr<MetricsServer> server_;
+  DaemonHooks hooks_;
 
   Orv::Ptr<Interface::AllIntfStatusDir> allIntfStatusDir_;
   Orv::Ptr<KernelNetInfo::Status> kniStatus_;
