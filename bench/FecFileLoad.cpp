@@ -50,22 +50,14 @@ void writeFiles(const Options &o, const std::string &dir) {
 }
 
 int run(const Options &o) {
-  const std::string why = LspPingTest::netnsUnavailable();
-  if (!why.empty()) {
-    std::cerr << "FecFileLoad: " << why << "\n";
+  const LspPingBench::Testbed bed("FecFileLoad");
+  if (!bed.ready()) {
     return 2;
   }
-  const LspPingTest::Netns client, router;
-  const std::string clientIntf = LspPingTest::uniqueName("fc");
-  const std::string routerIntf = LspPingTest::uniqueName("fr");
-  const LspPingBench::ScratchDir scratch("FecFileLoad");
-  const std::string &dir = scratch.path();
-  const bool linked =
-      LspPingBench::joinByVeth(client, clientIntf, router, routerIntf);
-  if (!linked) {
-    std::cerr << "FecFileLoad: cannot set up the namespaces\n";
-    return 2;
-  }
+  const LspPingTest::Netns &client = bed.a();
+  const LspPingTest::Netns &router = bed.b();
+  const std::string &clientIntf = bed.aIntf();
+  const std::string &dir = bed.dir();
   writeFiles(o, dir);
   LspPingTest::NetnsProcess responder(
       router, {"taskset", "-c", "1", o.lspping, "responder", "--state",

@@ -67,6 +67,39 @@ inline bool joinByVeth(const LspPingTest::Netns &a, const std::string &aIntf,
          b.exec({"ethtool", "-K", bIntf, "tx", "off"});
 }
 
+// What each load program stands on: two namespaces of its own joined by a
+// veth pair (joinByVeth), `a` the one that loads the other, and a scratch
+// directory. Says on standard error, naming the program, why when they
+// cannot be set up.
+class Testbed {
+public:
+  explicit Testbed(const std::string &program, const std::string &aMac = "",
+                   const std::string &bMac = "")
+      : why_(LspPingTest::netnsUnavailable()), scratch_(program) {
+    if (why_.empty() && !joinByVeth(a_, aIntf_, b_, bIntf_, aMac, bMac)) {
+      why_ = "cannot set up the namespaces";
+    }
+    if (!why_.empty()) {
+      std::cerr << program << ": " << why_ << "\n";
+    }
+  }
+
+  bool ready() const { return why_.empty(); }
+  const LspPingTest::Netns &a() const { return a_; }
+  const LspPingTest::Netns &b() const { return b_; }
+  const std::string &aIntf() const { return aIntf_; }
+  const std::string &bIntf() const { return bIntf_; }
+  const std::string &dir() const { return scratch_.path(); }
+
+private:
+  std::string why_;
+  const LspPingTest::Netns a_;
+  const LspPingTest::Netns b_;
+  const std::string aIntf_ = LspPingTest::uniqueName("la");
+  const std::string bIntf_ = LspPingTest::uniqueName("lb");
+  const ScratchDir scratch_;
+};
+
 struct Usage {
   // CPU seconds in user space and in the kernel.
   double user = 0;

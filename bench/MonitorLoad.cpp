@@ -109,22 +109,14 @@ Scrape scrape(const LspPingTest::Netns &netns) {
 }
 
 int run(const Options &o) {
-  const std::string why = LspPingTest::netnsUnavailable();
-  if (!why.empty()) {
-    std::cerr << "MonitorLoad: " << why << "\n";
+  const LspPingBench::Testbed bed("MonitorLoad");
+  if (!bed.ready()) {
     return 2;
   }
-  const LspPingTest::Netns client, router;
-  const std::string clientIntf = LspPingTest::uniqueName("mc");
-  const std::string routerIntf = LspPingTest::uniqueName("mr");
-  const LspPingBench::ScratchDir scratch("MonitorLoad");
-  const std::string &dir = scratch.path();
-  const bool linked =
-      LspPingBench::joinByVeth(client, clientIntf, router, routerIntf);
-  if (!linked) {
-    std::cerr << "MonitorLoad: cannot set up the namespaces\n";
-    return 2;
-  }
+  const LspPingTest::Netns &client = bed.a();
+  const LspPingTest::Netns &router = bed.b();
+  const std::string &clientIntf = bed.aIntf();
+  const std::string &dir = bed.dir();
   writeFiles(o, dir, clientIntf);
   LspPingTest::NetnsProcess responder(
       router, {"taskset", "-c", "1", o.lspping, "responder", "--state",

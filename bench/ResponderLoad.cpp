@@ -348,22 +348,15 @@ void measureGaps(int fd, int sink, Bytes frame, double seconds) {
 }
 
 int run(const Options &o) {
-  const std::string why = LspPingTest::netnsUnavailable();
-  if (!why.empty()) {
-    std::cerr << "ResponderLoad: " << why << "\n";
+  const LspPingBench::Testbed bed("ResponderLoad", senderMac, responderMac);
+  if (!bed.ready()) {
     return 2;
   }
-  const LspPingTest::Netns sender, router;
-  const std::string sendIntf = LspPingTest::uniqueName("ls");
-  const std::string recvIntf = LspPingTest::uniqueName("lr");
-  const LspPingBench::ScratchDir scratch("ResponderLoad");
-  const std::string &dir = scratch.path();
-  const bool linked = LspPingBench::joinByVeth(
-      sender, sendIntf, router, recvIntf, senderMac, responderMac);
-  if (!linked) {
-    std::cerr << "ResponderLoad: cannot set up the namespaces\n";
-    return 2;
-  }
+  const LspPingTest::Netns &sender = bed.a();
+  const LspPingTest::Netns &router = bed.b();
+  const std::string &sendIntf = bed.aIntf();
+  const std::string &recvIntf = bed.bIntf();
+  const std::string &dir = bed.dir();
   std::ofstream(dir + "/router.json") << stateFile(recvIntf);
   const std::vector<Template> frames = templates(o, dir);
 
